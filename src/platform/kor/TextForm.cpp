@@ -1,0 +1,88 @@
+#include "TextForm.h"
+
+#include <charconv>
+#include <cstdio>
+
+namespace Kor {
+
+std::string refText(const void* object) {
+   if (!object) {
+      return "None";
+   }
+   char buf[32];
+   std::snprintf(buf, sizeof buf, "Ref(%p)", object);
+   return buf;
+}
+
+ValueTextReader::ValueTextReader(std::string_view text, std::string_view typeName)
+    : text_(text), typeName_(typeName) {
+   std::string head = "Value('" + typeName_ + "', ** {";
+   if (text_.substr(0, head.size()) != head) {
+      fail("expected it to start with " + head);
+   }
+   pos_ = head.size();
+}
+
+std::string_view ValueTextReader::field(std::string_view name) {
+   if (!first_) {
+      if (text_.substr(pos_, 2) != ", ") {
+         fail("expected ', ' before field '" + std::string(name) + "'");
+      }
+      pos_ += 2;
+   }
+   first_ = false;
+   std::string key = "'" + std::string(name) + "': ";
+   if (text_.substr(pos_, key.size()) != key) {
+      fail("expected field " + key);
+   }
+   pos_ += key.size();
+   std::size_t start = pos_;
+   int depth = 0;
+   bool quoted = false;
+   for (; pos_ < text_.size(); ++pos_) {
+      char c = text_[pos_];
+      if (quoted) {
+         quoted = c != '\'';
+         continue;
+      }
+      if (c == '\'') {
+         quoted = true;
+      } else if (c == '(' || c == '{' || c == '[') {
+         ++depth;
+      } else if (c == ')' || c == ']') {
+         --depth;
+      } else if (c == '}') {
+         if (depth == 0) {
+            break;
+         }
+         --depth;
+      } else if (c == ',' && depth == 0) {
+         break;
+      }
+   }
+   if (pos_ >= text_.size()) {
+      fail("field '" + std::string(name) + "' is not terminated");
+   }
+   return text_.substr(start, pos_ - start);
+}
+
+void ValueTextReader::finish() {
+   if (text_.substr(pos_) != "})") {
+      fail("expected the closing '})'");
+   }
+}
+
+void ValueTextReader::fail(const std::string& what) const {
+   throw ParseError("cannot parse '" + std::string(text_) + "' as " + typeName_ + ": " + what);
+}
+
+std::uint64_t parseUnsigned(std::string_view text, std::uint64_t max, std::string_view what) {
+   std::uint64_t v = 0;
+   auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), v);
+   if (ec != std::errc() || end != text.data() + text.size() || text.empty() || v > max) {
+      throw ParseError("cannot parse '" + std::string(text) + "' as " + std::string(what));
+   }
+   return v;
+}
+
+}  // namespace Kor
