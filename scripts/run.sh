@@ -1,0 +1,12 @@
+#!/usr/bin/env bash
+# Builds mplsfwd and runs its main job.
+set -euo pipefail
+root=$(cd "$(dirname "$0")/.." && pwd)
+build=$root/build
+bash "$root/scripts/deps.sh"
+cmake -S "$root" -B "$build" -G Ninja >/dev/null
+cmake --build "$build" -j "$(nproc)"
+if [[ -x $build/tools/mplsfwd-sim ]]; then
+  exec "$build/tools/mplsfwd-sim" run "${1:-$root/examples/basic-transit.json}"
+fi
+exec "$build/bench/RuntimeBench" "$@"
