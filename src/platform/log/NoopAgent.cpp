@@ -1,0 +1,11 @@
+#include "NoopAgent.h"
+
+#include <cstdlib>
+
+namespace Log {
+
+bool noopAgent() {
+   return std::getenv(noopAgentVariable) != nullptr;
+}
+
+}  // namespace Log
