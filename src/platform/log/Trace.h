@@ -4,6 +4,8 @@
 #include <sstream>
 #include <string>
 
+#include "FastLog.h"
+
 namespace Log {
 
 // A named trace handle with levels 0 to 9 ("MplsSm", "MplsDecapSm", "LFibSm", ...). Each handle
@@ -87,3 +89,23 @@ class TraceLine {
 #define TRACE7(handle, expr) MPLSFWD_TRACE(handle, 7, expr)
 #define TRACE8(handle, expr) MPLSFWD_TRACE(handle, 8, expr)
 #define TRACE9(handle, expr) MPLSFWD_TRACE(handle, 9, expr)
+
+// MPLSFWD_TRACE_FAST(handle, level, a << b << ...): one decision text for both trace streams: the
+// handle's numbered level (with the function signature) and the process FastLog ring, each when
+// enabled. The text is built once, and not at all when neither is enabled.
+#define MPLSFWD_TRACE_FAST(handle, level, expr)                         \
+   do {                                                                 \
+      const bool mplsfwdTraceOn_ = (handle).enabled(level);             \
+      ::Log::FastLog& mplsfwdFastLog_ = ::Log::FastLog::instance();     \
+      if (mplsfwdTraceOn_ || mplsfwdFastLog_.enabled()) [[unlikely]] {  \
+         std::ostringstream mplsfwdTraceText_;                          \
+         mplsfwdTraceText_ << expr;                                     \
+         const std::string mplsfwdText_ = mplsfwdTraceText_.str();      \
+         if (mplsfwdTraceOn_) {                                         \
+            (handle).write((level), __PRETTY_FUNCTION__, mplsfwdText_); \
+         }                                                              \
+         if (mplsfwdFastLog_.enabled()) {                               \
+            mplsfwdFastLog_.add(mplsfwdText_);                          \
+         }                                                              \
+      }                                                                 \
+   } while (false)

@@ -162,3 +162,51 @@ TEST_F(TraceTest, SinkScopesNestAndStandardErrorIsTheDefault) {
 }
 
 }  // namespace
+
+namespace {
+
+class TraceFastTest : public TraceTest {
+ protected:
+   void SetUp() override {
+      TraceTest::SetUp();
+      wasEnabled_ = ring_.enabled();
+      ring_.clear();
+      ring_.enabledIs(false);
+   }
+   void TearDown() override {
+      ring_.clear();
+      ring_.enabledIs(wasEnabled_);
+      TraceTest::TearDown();
+   }
+   Log::FastLog& ring_ = Log::FastLog::instance();
+   bool wasEnabled_ = false;
+};
+
+TEST_F(TraceFastTest, OneTextReachesEachEnabledStreamOnly) {
+   Log::Trace trace("MplsSm");
+   int evaluated = 0;
+   MPLSFWD_TRACE_FAST(trace, 5, "none " << bump(evaluated));
+   EXPECT_EQ(evaluated, 0);
+
+   ring_.enabledIs(true);
+   MPLSFWD_TRACE_FAST(trace, 5, "ring " << bump(evaluated));
+   EXPECT_EQ(evaluated, 1);
+   EXPECT_EQ(ring_.snapshot(), std::vector<std::string>{"ring 1"});
+   EXPECT_EQ(sink_.size(), 0u);
+
+   Log::TraceConfig::configIs("MplsSm/5");
+   MPLSFWD_TRACE_FAST(trace, 5, "both " << bump(evaluated));
+   EXPECT_EQ(evaluated, 2);
+   EXPECT_EQ(ring_.snapshot(), (std::vector<std::string>{"ring 1", "both 2"}));
+   ASSERT_EQ(sink_.size(), 1u);
+   EXPECT_EQ(sink_.lines()[0].text, "both 2");
+   EXPECT_EQ(sink_.lines()[0].level, 5);
+
+   ring_.enabledIs(false);
+   MPLSFWD_TRACE_FAST(trace, 5, "trace " << bump(evaluated));
+   EXPECT_EQ(evaluated, 3);
+   EXPECT_EQ(ring_.size(), 2u);
+   EXPECT_EQ(sink_.texts(), (std::vector<std::string>{"both 2", "trace 3"}));
+}
+
+}  // namespace
