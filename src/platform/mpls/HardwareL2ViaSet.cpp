@@ -1,0 +1,42 @@
+#include "HardwareL2ViaSet.h"
+
+#include <ostream>
+
+#include <mplsfwd/kor/Hash.h>
+
+namespace Mpls::Hardware {
+
+void L2ViaSet::l2ViaIs(const L2Via& via, bool present) {
+   if (present) {
+      members_.insert(via);
+   } else {
+      members_.erase(via);
+   }
+}
+
+std::size_t L2ViaSet::hash() const {
+   std::size_t h = Kor::mixInt(members_.size());
+   for (const L2Via& via : members_) {
+      h = Kor::hashCombine(h, via.hash());
+   }
+   return h;
+}
+
+std::string L2ViaSet::stringValue() const {
+   std::string s = "hw l2 via set {";
+   bool first = true;
+   for (const L2Via& via : members_) {
+      if (!first) {
+         s += ", ";
+      }
+      first = false;
+      s += via.stringValue();
+   }
+   return s + "}";
+}
+
+std::ostream& operator<<(std::ostream& os, const L2ViaSet& set) {
+   return os << set.stringValue();
+}
+
+}  // namespace Mpls::Hardware

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <cstddef>
+#include <iosfwd>
+#include <string>
+
+#include <mplsfwd/kor/Collections.h>
+
+#include "HardwareL2Via.h"
+
+namespace Mpls::Hardware {
+
+// The resolved layer-2 vias of one L3 adjacency, kept in L2Via order. Two adjacencies whose
+// next hops resolve to equal sets share one hardware L2 adjacency, so equality, ordering and
+// hash look at every member in that order.
+class L2ViaSet {
+ public:
+   using Members = Kor::OrderedSet<L2Via>;
+
+   L2ViaSet() = default;
+
+   // Adds (true) or removes (false) one via.
+   void l2ViaIs(const L2Via& via, bool present);
+   bool l2Via(const L2Via& via) const { return members_.count(via) != 0; }
+   void l2ViaDelAll() { members_.clear(); }
+   std::size_t l2Vias() const { return members_.size(); }
+   bool empty() const { return members_.empty(); }
+   const Members& members() const { return members_; }
+   Members::const_iterator begin() const { return members_.begin(); }
+   Members::const_iterator end() const { return members_.end(); }
+
+   bool operator==(const L2ViaSet&) const = default;
+   bool operator<(const L2ViaSet& o) const { return members_ < o.members_; }
+   std::size_t hash() const;
+
+   // "hw l2 via set {hw l2 via ..., hw l2 via ...}".
+   std::string stringValue() const;
+
+ private:
+   Members members_;
+};
+
+std::ostream& operator<<(std::ostream& os, const L2ViaSet& set);
+
+}  // namespace Mpls::Hardware
