@@ -1,0 +1,66 @@
+#include <gtest/gtest.h>
+
+#include <limits>
+
+#include <mplsfwd/Fal/Dot1qTagToVlanMapId.h>
+#include <mplsfwd/Fal/MplsHwRoute.h>
+#include <mplsfwd/Fal/UnprogrammedReason.h>
+
+namespace {
+
+using L2Adj = Mpls::Hardware::L2Adjacency;
+
+TEST(MplsHwRoute, EqualityTakesAdjacencyByIdentity) {
+   Mpls::RouteKey k(Wire::MplsLabel(100));
+   auto a = Kor::make<L2Adj>(1);
+   auto b = Kor::make<L2Adj>(1);
+   EXPECT_EQ(Fal::MplsHwRoute(k, a, 3), Fal::MplsHwRoute(k, a, 3));
+   EXPECT_FALSE(Fal::MplsHwRoute(k, a, 3) == Fal::MplsHwRoute(k, b, 3));
+   EXPECT_FALSE(Fal::MplsHwRoute(k, a, 3) == Fal::MplsHwRoute(k, a, 4));
+}
+
+TEST(MplsHwRoute, EmptinessTest) {
+   EXPECT_TRUE(!Fal::MplsHwRoute());
+   Fal::MplsHwRoute r;
+   r.versionIs(1);
+   EXPECT_FALSE(!r);
+}
+
+TEST(MplsHwRoute, TextFormOfDefaultAndRoundTrip) {
+   Fal::MplsHwRoute r;
+   std::string text = r.stringValue();
+   EXPECT_EQ(text, "Value('Fal::MplsHwRoute', ** {'routeKey': " + Mpls::RouteKey().stringValue() +
+                       ", 'l2Adjacency': None, 'version': 0})");
+   Fal::MplsHwRoute withKey(Mpls::RouteKey(Wire::MplsLabel(1048575)), nullptr, 18446744073709551615u);
+   EXPECT_EQ(Fal::MplsHwRoute::parse(withKey.stringValue()).stringValue(), withKey.stringValue());
+   EXPECT_EQ(Fal::MplsHwRoute::parse(withKey.stringValue()), withKey);
+}
+
+TEST(MplsHwRoute, ParseRejectsObjectReferencesAndGarbage) {
+   Fal::MplsHwRoute r(Mpls::RouteKey(Wire::MplsLabel(16)), Kor::make<L2Adj>(1), 1);
+   EXPECT_THROW(Fal::MplsHwRoute::parse(r.stringValue()), Kor::ParseError);
+   EXPECT_THROW(Fal::MplsHwRoute::parse("Value('Fal::MplsHwRoute', ** {})"), Kor::ParseError);
+}
+
+TEST(UnprogrammedReason, NamesAndRegistry) {
+   EXPECT_EQ(Fal::stringValue(Fal::UnprogrammedReason::RouteFull), "RouteFull");
+   EXPECT_EQ(Fal::UnprogrammedReasonInstance(2), Fal::UnprogrammedReason::RouteFull);
+   EXPECT_EQ(static_cast<unsigned>(Fal::UnprogrammedReasonInstance("InterfaceNotReady")), 3u);
+   EXPECT_THROW(Fal::UnprogrammedReasonInstance(4), Kor::EnumError);
+   EXPECT_THROW(Fal::UnprogrammedReasonInstance("Full"), Kor::EnumError);
+   EXPECT_TRUE(Fal::isResourceReason(Fal::UnprogrammedReason::AdjacencyFull));
+   EXPECT_FALSE(Fal::isResourceReason(Fal::UnprogrammedReason::InterfaceNotReady));
+}
+
+TEST(Dot1qTagToVlanMapId, InvalidOrderingAndText) {
+   Fal::Dot1qTagToVlanMapId invalid(4294967295u);
+   EXPECT_EQ(invalid.value(), Fal::Dot1qTagToVlanMapId::invalid);
+   EXPECT_FALSE(invalid.isValid());
+   EXPECT_LT(Fal::Dot1qTagToVlanMapId(1), invalid);
+   EXPECT_EQ(Fal::Dot1qTagToVlanMapId::parse("4294967295"), invalid);
+   EXPECT_EQ(Fal::Dot1qTagToVlanMapId(7).stringValue(), "7");
+   EXPECT_THROW(Fal::Dot1qTagToVlanMapId::parse("4294967296"), Kor::ParseError);
+   EXPECT_NE(Fal::Dot1qTagToVlanMapId(1).hash(), Fal::Dot1qTagToVlanMapId(2).hash());
+}
+
+}  // namespace
