@@ -1,0 +1,114 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <iosfwd>
+#include <string>
+
+#include "LfibTypes.h"
+
+namespace Mpls {
+
+// The key of a via set of the LFIB: its via type (all vias of a set are of that type), an index
+// unique within the type and the source that published it. The default key (invalid type,
+// index 0, unknown source) means "no via set"; a set without a backup carries it as its backup
+// key. Ordered by type, index, source.
+class LfibViaSetKey {
+ public:
+   LfibViaSetKey() = default;
+   LfibViaSetKey(LfibViaType viaType, std::uint32_t index, LfibSource source = lfibSourceUnknown_)
+       : viaType_(viaType), index_(index), source_(source) {}
+
+   LfibViaType viaType() const { return viaType_; }
+   std::uint32_t index() const { return index_; }
+   LfibSource source() const { return source_; }
+
+   bool operator==(const LfibViaSetKey&) const = default;
+   bool operator<(const LfibViaSetKey& o) const;
+   std::size_t hash() const;
+
+   // "index 5 source static viaType viaTypeMplsIp": a trace writes "lFib viaSet " before it and
+   // the set's " viaSetType " after it.
+   std::string stringValue() const;
+
+ private:
+   LfibViaType viaType_ = viaTypeInvalid_;
+   std::uint32_t index_ = 0;
+   LfibSource source_ = lfibSourceUnknown_;
+};
+
+std::ostream& operator<<(std::ostream& os, const LfibViaSetKey& key);
+
+// The key of one via in the LFIB's table of vias of its type. A via set names its vias by these
+// keys. The default key names no via.
+class LfibViaKey {
+ public:
+   LfibViaKey() = default;
+   LfibViaKey(LfibViaType viaType, std::uint32_t index, LfibSource source = lfibSourceUnknown_)
+       : viaType_(viaType), index_(index), source_(source) {}
+
+   LfibViaType viaType() const { return viaType_; }
+   std::uint32_t index() const { return index_; }
+   LfibSource source() const { return source_; }
+
+   bool operator==(const LfibViaKey&) const = default;
+   bool operator<(const LfibViaKey& o) const;
+   std::size_t hash() const;
+
+   // "via viaTypeMplsIp index 5 source static".
+   std::string stringValue() const;
+
+ private:
+   LfibViaType viaType_ = viaTypeInvalid_;
+   std::uint32_t index_ = 0;
+   LfibSource source_ = lfibSourceUnknown_;
+};
+
+std::ostream& operator<<(std::ostream& os, const LfibViaKey& key);
+
+// The key of a dot1q-tag-to-VLAN collection of the LFIB, which VLAN-aware EVPN vias name.
+class LfibDot1qTagToVlanKey {
+ public:
+   LfibDot1qTagToVlanKey() = default;
+   explicit LfibDot1qTagToVlanKey(std::uint32_t index) : index_(index) {}
+
+   std::uint32_t index() const { return index_; }
+
+   bool operator==(const LfibDot1qTagToVlanKey&) const = default;
+   bool operator<(const LfibDot1qTagToVlanKey& o) const { return index_ < o.index_; }
+   std::size_t hash() const;
+
+   // The index in decimal.
+   std::string stringValue() const;
+
+ private:
+   std::uint32_t index_ = 0;
+};
+
+std::ostream& operator<<(std::ostream& os, const LfibDot1qTagToVlanKey& key);
+
+// The adjacency that an LFIB route forwards to: its kind and its index in the MPLS status's
+// table of that kind (regular, external-FEC or pseudowire adjacencies).
+class AdjacencyKey {
+ public:
+   AdjacencyKey() = default;
+   AdjacencyKey(AdjacencyType adjType, std::uint64_t index) : adjType_(adjType), index_(index) {}
+
+   AdjacencyType adjType() const { return adjType_; }
+   std::uint64_t index() const { return index_; }
+
+   bool operator==(const AdjacencyKey&) const = default;
+   bool operator<(const AdjacencyKey& o) const;
+   std::size_t hash() const;
+
+   // "adjacencyTypePseudowire 4".
+   std::string stringValue() const;
+
+ private:
+   AdjacencyType adjType_ = adjacencyTypeInvalid_;
+   std::uint64_t index_ = 0;
+};
+
+std::ostream& operator<<(std::ostream& os, const AdjacencyKey& key);
+
+}  // namespace Mpls
