@@ -1,0 +1,148 @@
+#include "LfibStatus.h"
+
+namespace Mpls {
+
+namespace {
+const LfibStatus::RouteKeySet emptyRouteKeys;
+const LfibStatus::ViaSetKeySet emptyViaSetKeys;
+}  // namespace
+
+LfibRoute LfibStatus::lfibRoute(const RouteKey& key) const {
+   auto it = route_.find(key);
+   return it == route_.end() ? LfibRoute() : it->second;
+}
+
+const LfibRoute* LfibStatus::lfibRoutePtr(const RouteKey& key) const {
+   auto it = route_.find(key);
+   return it == route_.end() ? nullptr : &it->second;
+}
+
+void LfibStatus::lfibRouteIs(const LfibRoute& route) {
+   auto [it, inserted] = route_.try_emplace(route.key(), route);
+   if (!inserted) {
+      if (it->second == route) {
+         return;
+      }
+      unindexRoute(it->second);
+      it->second = route;
+   }
+   indexRoute(route);
+   notify(&NotifieeConst::onLfibRoute, route.key());
+}
+
+void LfibStatus::lfibRouteDel(const RouteKey& key) {
+   auto it = route_.find(key);
+   if (it == route_.end()) {
+      return;
+   }
+   unindexRoute(it->second);
+   route_.erase(it);
+   notify(&NotifieeConst::onLfibRoute, key);
+}
+
+void LfibStatus::lfibRouteDelAll() {
+   Kor::deleteEachKey(route_, [this](const RouteKey& k) { lfibRouteDel(k); });
+}
+
+const LfibStatus::RouteKeySet& LfibStatus::routeKeysOfViaSet(const LfibViaSetKey& key) const {
+   auto it = routesOfViaSet_.find(key);
+   return it == routesOfViaSet_.end() ? emptyRouteKeys : it->second;
+}
+
+LfibViaSet LfibStatus::viaSet(const LfibViaSetKey& key) const {
+   auto it = viaSet_.find(key);
+   return it == viaSet_.end() ? LfibViaSet(key) : it->second;
+}
+
+const LfibViaSet* LfibStatus::viaSetPtr(const LfibViaSetKey& key) const {
+   auto it = viaSet_.find(key);
+   return it == viaSet_.end() ? nullptr : &it->second;
+}
+
+void LfibStatus::viaSetIs(const LfibViaSet& viaSet) {
+   auto [it, inserted] = viaSet_.try_emplace(viaSet.key(), viaSet);
+   if (!inserted) {
+      if (it->second == viaSet) {
+         return;
+      }
+      unindexViaSet(it->second);
+      it->second = viaSet;
+   }
+   indexViaSet(viaSet);
+   notify(&NotifieeConst::onViaSet, viaSet.key());
+}
+
+void LfibStatus::viaSetDel(const LfibViaSetKey& key) {
+   auto it = viaSet_.find(key);
+   if (it == viaSet_.end()) {
+      return;
+   }
+   unindexViaSet(it->second);
+   viaSet_.erase(it);
+   notify(&NotifieeConst::onViaSet, key);
+}
+
+void LfibStatus::viaSetDelAll() {
+   Kor::deleteEachKey(viaSet_, [this](const LfibViaSetKey& k) { viaSetDel(k); });
+}
+
+const LfibStatus::ViaSetKeySet& LfibStatus::viaSetsOfVia(const LfibViaKey& key) const {
+   auto it = viaSetsOfVia_.find(key);
+   return it == viaSetsOfVia_.end() ? emptyViaSetKeys : it->second;
+}
+
+Kor::Ptr<LfibDot1qTagToVlan> LfibStatus::dot1qTagToVlanColl(
+    const LfibDot1qTagToVlanKey& key) const {
+   return Kor::mapValueOr(dot1qColl_, key);
+}
+
+Kor::Ptr<LfibDot1qTagToVlan> LfibStatus::dot1qTagToVlanCollIs(const LfibDot1qTagToVlanKey& key) {
+   auto [it, inserted] = dot1qColl_.try_emplace(key);
+   if (!inserted) {
+      return it->second;
+   }
+   it->second = Kor::make<LfibDot1qTagToVlan>(key);
+   Kor::Ptr<LfibDot1qTagToVlan> created = it->second;
+   notify(&NotifieeConst::onDot1qTagToVlanColl, key);
+   return created;
+}
+
+void LfibStatus::dot1qTagToVlanCollDel(const LfibDot1qTagToVlanKey& key) {
+   if (dot1qColl_.erase(key)) {
+      notify(&NotifieeConst::onDot1qTagToVlanColl, key);
+   }
+}
+
+void LfibStatus::indexRoute(const LfibRoute& route) {
+   routesOfViaSet_[route.viaSetKey()].insert(route.key());
+}
+
+void LfibStatus::unindexRoute(const LfibRoute& route) {
+   auto it = routesOfViaSet_.find(route.viaSetKey());
+   if (it != routesOfViaSet_.end()) {
+      it->second.erase(route.key());
+      if (it->second.empty()) {
+         routesOfViaSet_.erase(it);
+      }
+   }
+}
+
+void LfibStatus::indexViaSet(const LfibViaSet& viaSet) {
+   for (std::uint32_t i = 0; i < viaSet.vias(); ++i) {
+      viaSetsOfVia_[viaSet.via(LfibViaIndexRange(i))].insert(viaSet.key());
+   }
+}
+
+void LfibStatus::unindexViaSet(const LfibViaSet& viaSet) {
+   for (std::uint32_t i = 0; i < viaSet.vias(); ++i) {
+      auto it = viaSetsOfVia_.find(viaSet.via(LfibViaIndexRange(i)));
+      if (it != viaSetsOfVia_.end()) {
+         it->second.erase(viaSet.key());
+         if (it->second.empty()) {
+            viaSetsOfVia_.erase(it);
+         }
+      }
+   }
+}
+
+}  // namespace Mpls

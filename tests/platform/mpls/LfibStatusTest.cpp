@@ -1,0 +1,149 @@
+#include <gtest/gtest.h>
+
+#include <vector>
+
+#include <mplsfwd/mpls/HardwareStatus.h>
+#include <mplsfwd/mpls/LfibHwStatus.h>
+#include <mplsfwd/mpls/LfibStatus.h>
+#include <mplsfwd/mpls/LfibTrackingSm.h>
+#include <mplsfwd/mpls/MplsStatus.h>
+
+namespace {
+
+using namespace Mpls;
+
+RouteKey key(std::uint32_t label) { return RouteKey(Wire::MplsLabel(label)); }
+LfibViaSetKey vlanSet(std::uint32_t i) { return LfibViaSetKey(viaTypeVlan_, i); }
+LfibViaKey vlanViaKey(std::uint32_t i) { return LfibViaKey(viaTypeVlan_, i); }
+
+LfibViaSet setOf(LfibViaSetKey k, std::initializer_list<LfibViaKey> vias) {
+   return LfibViaSet(k, vias);
+}
+
+TEST(LfibStatus, AbsentLookupsYieldDefaultsAndIndicesFollowChanges) {
+   auto lfib = Kor::make<LfibStatus>("lfib");
+   EXPECT_EQ(lfib->lfibRoute(key(16)), LfibRoute());
+   EXPECT_EQ(lfib->viaSet(vlanSet(1)).vias(), 0u);
+   EXPECT_EQ(lfib->vlanVia(vlanViaKey(1)), LfibVlanVia());
+
+   lfib->lfibRouteIs(LfibRoute(key(16), vlanSet(1)));
+   lfib->lfibRouteIs(LfibRoute(key(17), vlanSet(1)));
+   EXPECT_EQ(lfib->routeKeysOfViaSet(vlanSet(1)).size(), 2u);
+   // Moving a route to another via set moves it in the index.
+   lfib->lfibRouteIs(LfibRoute(key(17), vlanSet(2)));
+   EXPECT_EQ(lfib->routeKeysOfViaSet(vlanSet(1)).size(), 1u);
+   EXPECT_EQ(lfib->routeKeysOfViaSet(vlanSet(2)).count(key(17)), 1u);
+   lfib->lfibRouteDel(key(16));
+   EXPECT_TRUE(lfib->routeKeysOfViaSet(vlanSet(1)).empty());
+
+   lfib->viaSetIs(setOf(vlanSet(1), {vlanViaKey(5), vlanViaKey(6)}));
+   lfib->viaSetIs(setOf(vlanSet(2), {vlanViaKey(5)}));
+   EXPECT_EQ(lfib->viaSetsOfVia(vlanViaKey(5)).size(), 2u);
+   lfib->viaSetIs(setOf(vlanSet(1), {vlanViaKey(6)}));
+   EXPECT_EQ(lfib->viaSetsOfVia(vlanViaKey(5)).size(), 1u);
+   lfib->viaSetDel(vlanSet(2));
+   EXPECT_TRUE(lfib->viaSetsOfVia(vlanViaKey(5)).empty());
+}
+
+struct LfibWatch : LfibStatus::NotifieeConst {
+   using LfibStatus::NotifieeConst::NotifieeConst;
+   void onLfibRoute(const RouteKey&) override { ++routes; }
+   void onVlanVia(const LfibViaKey&) override { ++vias; }
+   void onDot1qTagToVlanColl(const LfibDot1qTagToVlanKey&) override { ++colls; }
+   int routes = 0, vias = 0, colls = 0;
+};
+
+TEST(LfibStatus, NotifiesOnlyOnRealChange) {
+   auto lfib = Kor::make<LfibStatus>("lfib");
+   LfibWatch w(lfib);
+   lfib->lfibRouteIs(LfibRoute(key(16), vlanSet(1)));
+   lfib->lfibRouteIs(LfibRoute(key(16), vlanSet(1)));
+   lfib->lfibRouteDel(key(99));
+   lfib->vlanViaIs(LfibVlanVia(vlanViaKey(1), Bridging::VlanId(10)));
+   lfib->vlanViaIs(LfibVlanVia(vlanViaKey(1), Bridging::VlanId(10)));
+   lfib->vlanViaIs(LfibVlanVia(vlanViaKey(1), Bridging::VlanId(20)));
+   auto coll = lfib->dot1qTagToVlanCollIs(LfibDot1qTagToVlanKey(1));
+   EXPECT_EQ(lfib->dot1qTagToVlanCollIs(LfibDot1qTagToVlanKey(1)), coll);
+   EXPECT_EQ(w.routes, 1);
+   EXPECT_EQ(w.vias, 2);
+   EXPECT_EQ(w.colls, 1);
+   lfib->lfibRouteDelAll();
+   EXPECT_EQ(w.routes, 2);
+}
+
+class Tracking : public ::testing::Test {
+protected:
+   Kor::Ptr<LfibStatus> lfib = Kor::make<LfibStatus>("lfib");
+   Kor::Ptr<LfibTrackingStatus> status = Kor::make<LfibTrackingStatus>("tracking");
+};
+
+TEST_F(Tracking, ViaSetModeBacklogsExistingAndChangedViaSets) {
+   lfib->viaSetIs(setOf(vlanSet(1), {vlanViaKey(5)}));
+   lfib->lfibRouteIs(LfibRoute(key(16), vlanSet(1)));
+   auto sm = Kor::make<LfibTrackingSm>(lfib, status, lfibTrackingViaSets_, "t");
+   EXPECT_EQ(status->viaSetKeyBacklogSet().size(), 1u);
+   EXPECT_TRUE(status->routeKeyBacklogSet().empty());
+   status->viaSetKeyBacklogDel(vlanSet(1));
+   // A via change reaches every via set that names it.
+   lfib->viaSetIs(setOf(vlanSet(2), {vlanViaKey(5)}));
+   status->viaSetKeyBacklogDel(vlanSet(2));
+   lfib->vlanViaIs(LfibVlanVia(vlanViaKey(5), Bridging::VlanId(10)));
+   EXPECT_EQ(status->viaSetKeyBacklogSet().size(), 2u);
+   // Route changes are not this mode's business.
+   lfib->lfibRouteIs(LfibRoute(key(17), vlanSet(1)));
+   EXPECT_TRUE(status->routeKeyBacklogSet().empty());
+}
+
+TEST_F(Tracking, RouteModeFollowsViaSetsAndViasDownToRoutes) {
+   lfib->lfibRouteIs(LfibRoute(key(16), vlanSet(1)));
+   auto sm = Kor::make<LfibTrackingSm>(lfib, status, lfibTrackingRoutes_, "t");
+   ASSERT_EQ(status->routeKeyBacklogSet().size(), 1u);
+   status->routeKeyBacklogDel(key(16));
+   lfib->viaSetIs(setOf(vlanSet(1), {vlanViaKey(5)}));
+   EXPECT_TRUE(status->routeKeyBacklog(key(16)));
+   status->routeKeyBacklogDel(key(16));
+   lfib->vlanViaIs(LfibVlanVia(vlanViaKey(5), Bridging::VlanId(10)));
+   EXPECT_TRUE(status->routeKeyBacklog(key(16)));
+   EXPECT_TRUE(status->viaSetKeyBacklogSet().empty());
+   // Once the machine is gone, nothing more is tracked.
+   status->routeKeyBacklogDel(key(16));
+   sm = nullptr;
+   lfib->lfibRouteIs(LfibRoute(key(18), vlanSet(1)));
+   EXPECT_TRUE(status->routeKeyBacklogSet().empty());
+}
+
+TEST(LfibHwStatus, OrderedUnprogrammedRoutes) {
+   auto hw = Kor::make<LfibHwStatus>("hw");
+   hw->unprogrammedRouteIs(RouteInfo(key(30), lfibHwProgrammingFailed_));
+   hw->unprogrammedRouteIs(RouteInfo(key(20), lfibHwProgrammingResourceFull_));
+   ASSERT_EQ(hw->unprogrammedRoutes(), 2u);
+   EXPECT_EQ(hw->unprogrammedRouteMap().begin()->first, key(20));
+   EXPECT_EQ(hw->unprogrammedRoute(key(30)).reason(), lfibHwProgrammingFailed_);
+   EXPECT_EQ(hw->unprogrammedRoute(key(40)), RouteInfo());
+}
+
+TEST(MplsStatus, PwAdjacencyLookupByKeyType) {
+   auto status = Kor::make<Status>("mpls");
+   status->lfibPwAdjacencyIs(PwAdjacency(7, Wire::PseudowireIntfId::portPseudowireIntfId(1)));
+   EXPECT_EQ(status->getPwAdjacency(AdjacencyKey(adjacencyTypePseudowire_, 7)).index(), 7u);
+   EXPECT_EQ(status->getPwAdjacency(AdjacencyKey(adjacencyTypeMpls_, 7)), PwAdjacency());
+   EXPECT_EQ(status->getPwAdjacency(AdjacencyKey(adjacencyTypePseudowire_, 8)), PwAdjacency());
+}
+
+TEST(HardwareStatus, InstantiatingCollectionsAndDeleteAll) {
+   auto hw = Kor::make<Hardware::Status>("hw");
+   struct W : Hardware::Status::NotifieeConst {
+      using Hardware::Status::NotifieeConst::NotifieeConst;
+      void onL2Adjacency(std::uint64_t) override { ++n; }
+      int n = 0;
+   } w(hw);
+   auto a = hw->l2AdjacencyIs(3);
+   EXPECT_EQ(hw->l2AdjacencyIs(3), a);
+   EXPECT_EQ(a->index(), 3u);
+   hw->l2AdjacencyIs(4);
+   hw->l2AdjacencyDelAll();
+   EXPECT_EQ(w.n, 4);
+   EXPECT_EQ(hw->l2Adjacency(3), nullptr);
+}
+
+}  // namespace
