@@ -1,0 +1,436 @@
+// Construction, start-up, the routing switches, VRF names and destruction of the transit machine.
+#include "FalMplsSm.h"
+
+#include <limits>
+
+#include <mplsfwd/log/ToggleService.h>
+
+#include "MplsSmTrace.h"
+
+namespace Fal {
+
+Log::Trace mplsSmTrace("MplsSm");
+
+namespace {
+const L3::VrfName& defaultVrf() {
+   static const L3::VrfName name = L3::VrfName::defaultVrf();
+   return name;
+}
+}  // namespace
+
+// ---- Reactors: each forwards one input's changes to a handler, and only while it is live.
+
+class MplsSm::MplsStatusReactor : public Mpls::Status::NotifieeConst {
+public:
+   MplsStatusReactor(Kor::Ptr<const Mpls::Status> s, MplsSm& sm)
+       : Mpls::Status::NotifieeConst(std::move(s)), sm_(sm) {}
+   void onNexthopResolutionAllowDefaultRoute() override {
+      sm_.handleNexthopResolutionAllowDefaultRoute();
+   }
+
+private:
+   MplsSm& sm_;
+};
+
+class MplsSm::RoutingInfoReactor : public Mpls::RoutingInfo::NotifieeConst {
+public:
+   RoutingInfoReactor(Kor::Ptr<const Mpls::RoutingInfo> r, MplsSm& sm)
+       : Mpls::RoutingInfo::NotifieeConst(std::move(r)), sm_(sm) {}
+   void onMplsRouting() override { sm_.handleMplsRouting(notifier()->mplsRouting()); }
+
+private:
+   MplsSm& sm_;
+};
+
+class MplsSm::LfibReactor : public Mpls::LfibStatus::NotifieeConst {
+public:
+   LfibReactor(Kor::Ptr<const Mpls::LfibStatus> l, MplsSm& sm)
+       : Mpls::LfibStatus::NotifieeConst(std::move(l)), sm_(sm) {}
+   void onLfibRoute(const Mpls::RouteKey& k) override { sm_.handleLFibRoute(k); }
+
+private:
+   MplsSm& sm_;
+};
+
+class MplsSm::TrackingStatusReactor : public Mpls::LfibTrackingStatus::NotifieeConst {
+public:
+   TrackingStatusReactor(Kor::Ptr<const Mpls::LfibTrackingStatus> t, MplsSm& sm)
+       : Mpls::LfibTrackingStatus::NotifieeConst(std::move(t)), sm_(sm) {}
+   void onViaSetKeyBacklog(const Mpls::LfibViaSetKey& k) override { sm_.handleLFibViaSet(k); }
+
+private:
+   MplsSm& sm_;
+};
+
+class MplsSm::HwStatusReactor : public MplsHwStatus::NotifieeConst {
+public:
+   HwStatusReactor(Kor::Ptr<const MplsHwStatus> s, MplsSm& sm)
+       : MplsHwStatus::NotifieeConst(std::move(s)), sm_(sm) {}
+   void onVrfStatus(VrfId vrfId) override {
+      auto status = sm_.mplsHwStatus()->vrfStatus(vrfId);
+      if (status) {
+         sm_.mplsHwVrfStatusIs(status);
+      } else {
+         sm_.mplsHwVrfStatusDel(vrfId);
+      }
+   }
+
+private:
+   MplsSm& sm_;
+};
+
+class MplsSm::HwVrfStatusReactor : public MplsHwVrfStatus::NotifieeConst {
+public:
+   HwVrfStatusReactor(Kor::Ptr<const MplsHwVrfStatus> s, MplsSm& sm)
+       : MplsHwVrfStatus::NotifieeConst(std::move(s)), sm_(sm) {}
+   void onMplsRouting() override {
+      sm_.handleHwRoutingEnabled(notifier()->vrfId(), notifier()->mplsRouting());
+   }
+   void onRoute(const Mpls::RouteKey& k) override {
+      sm_.handleProgrammedRoute(notifier()->vrfId(), k);
+   }
+   void onUnprogrammedRoute(const Mpls::RouteKey& k) override {
+      sm_.handleUnprogrammedRoute(notifier()->vrfId(), k);
+   }
+   void onUnprogrammedAdjacency(const L2AdjacencyPtr& a) override {
+      sm_.handleUnprogrammedAdj(notifier()->vrfId(), a);
+   }
+
+private:
+   MplsSm& sm_;
+};
+
+class MplsSm::L3StatusReactor : public L3Status::NotifieeConst {
+public:
+   L3StatusReactor(Kor::Ptr<const L3Status> s, MplsSm& sm)
+       : L3Status::NotifieeConst(std::move(s)), sm_(sm) {}
+   void onNextHopInfo(const NextHopKey& k) override { sm_.handleNextHop(k); }
+   void onResolvedV4(const VrfAndIpAddr& k) override { sm_.handleResolvedV4Nexthop(k); }
+   void onResolvedV6(const VrfAndIpGenAddr& k) override { sm_.handleResolvedV6Nexthop(k); }
+   void onVrfName(VrfId vrfId) override { sm_.handleVrfName(vrfId); }
+
+private:
+   MplsSm& sm_;
+};
+
+class MplsSm::HwFecIdResponseReactor : public FecIdToHwFecIdResponse::NotifieeConst {
+public:
+   HwFecIdResponseReactor(Kor::Ptr<const FecIdToHwFecIdResponse> r, MplsSm& sm)
+       : FecIdToHwFecIdResponse::NotifieeConst(std::move(r)), sm_(sm) {}
+   void onHwFecId(Memtab::Fib::FecId fecId) override { sm_.handleHwFecIdResponse(fecId); }
+
+private:
+   MplsSm& sm_;
+};
+
+class MplsSm::ClockReactor : public Kor::Clock::NotifieeConst {
+public:
+   ClockReactor(Kor::Ptr<const Kor::Clock> c, MplsSm& sm)
+       : Kor::Clock::NotifieeConst(std::move(c)), sm_(sm) {}
+   void onTimeMin() override { sm_.doReviewVrfs(); }
+
+private:
+   MplsSm& sm_;
+};
+
+// ---- Construction and destruction.
+
+MplsSm::MplsSm(Kor::Ptr<const Mpls::Status> mplsStatus,
+               Kor::Ptr<const Mpls::RoutingInfo> mplsRoutingInfo,
+               Kor::Ptr<const Mpls::LfibStatus> transitLfib,
+               Kor::Ptr<const Routing::Hardware::RouteStatus> routingHwRouteStatus,
+               Kor::Ptr<Mpls::Hardware::Status> routingHwMplsStatus,
+               Kor::Ptr<RouteReactorConfig> routeReactorConfig,
+               Kor::Ptr<Route6ReactorConfig> route6ReactorConfig,
+               Kor::Ptr<MplsHwConfig> mplsHwConfig, Kor::Ptr<MplsHwStatus> mplsHwStatus,
+               Kor::Ptr<const L3Status> falL3Status, Kor::Ptr<MonitoredNexthopSm> monitoredNhSm,
+               Kor::Ptr<Regdb::EntityManager> entityManager, Kor::Ptr<Loom::AttrLogSm> attrLogSm,
+               Kor::Ptr<Kor::Clock> clock)
+    : Kor::Entity("MplsSm"),
+      mplsStatus_(std::move(mplsStatus)),
+      mplsRoutingInfo_(std::move(mplsRoutingInfo)),
+      transitLfib_(std::move(transitLfib)),
+      routingHwRouteStatus_(std::move(routingHwRouteStatus)),
+      routingHwMplsStatus_(std::move(routingHwMplsStatus)),
+      routeReactorConfig_(std::move(routeReactorConfig)),
+      route6ReactorConfig_(std::move(route6ReactorConfig)),
+      mplsHwConfig_(std::move(mplsHwConfig)),
+      mplsHwStatus_(std::move(mplsHwStatus)),
+      falL3Status_(std::move(falL3Status)),
+      monitoredNhSm_(std::move(monitoredNhSm)),
+      entityManager_(std::move(entityManager)),
+      attrLogSm_(std::move(attrLogSm)),
+      clock_(std::move(clock)) {
+   lfibTrackingStatus_ = Kor::make<Mpls::LfibTrackingStatus>("MplsSm-trackingStatus");
+   // The toggle is read once at load with default off; inPlaceAdjacencyUpdateSupported asks again
+   // if that first answer was not a configured one.
+   inPlaceToggleWord_ = Log::getToggleState("InPlaceMplsAdjacencyUpdate", false);
+
+   auto own = [this](auto& reactor) { reactor->ownerIs(this); };
+   if (mplsStatus_) {
+      mplsStatusReactor_ = std::make_unique<MplsStatusReactor>(mplsStatus_, *this);
+      own(mplsStatusReactor_);
+   }
+   if (mplsRoutingInfo_) {
+      routingInfoReactor_ = std::make_unique<RoutingInfoReactor>(mplsRoutingInfo_, *this);
+      own(routingInfoReactor_);
+   }
+   if (transitLfib_) {
+      lfibReactor_ = std::make_unique<LfibReactor>(transitLfib_, *this);
+      own(lfibReactor_);
+   }
+   trackingStatusReactor_ = std::make_unique<TrackingStatusReactor>(lfibTrackingStatus_, *this);
+   own(trackingStatusReactor_);
+   if (mplsHwStatus_) {
+      hwStatusReactor_ = std::make_unique<HwStatusReactor>(mplsHwStatus_, *this);
+      own(hwStatusReactor_);
+   }
+   if (falL3Status_) {
+      l3StatusReactor_ = std::make_unique<L3StatusReactor>(falL3Status_, *this);
+      own(l3StatusReactor_);
+   }
+   if (clock_) {
+      clockReactor_ = std::make_unique<ClockReactor>(clock_, *this);
+      own(clockReactor_);
+   }
+   if (mplsHwStatus_) {
+      // Copy: creating a reactor may call back into handlers that touch the collection.
+      auto statuses = mplsHwStatus_->vrfStatusMap();
+      for (const auto& [vrfId, status] : statuses) {
+         mplsHwVrfStatusIs(status);
+      }
+   }
+   handleInitialized();
+}
+
+MplsSm::~MplsSm() {
+   // Nothing may reach a half-destroyed machine: every reactor goes dead first.
+   for (Kor::NotifieeBase* r :
+        std::initializer_list<Kor::NotifieeBase*>{mplsStatusReactor_.get(), routingInfoReactor_.get(),
+                                                   lfibReactor_.get(), trackingStatusReactor_.get(),
+                                                   hwStatusReactor_.get(), l3StatusReactor_.get(),
+                                                   hwFecIdResponseReactor_.get(), clockReactor_.get()}) {
+      if (r) {
+         r->deadIs(true);
+      }
+   }
+   for (auto& [vrfId, reactor] : mplsHwVrfStatus_) {
+      reactor->deadIs(true);
+   }
+   initialized_ = false;
+   mplsStateDelAll();
+   numAllocator_ = nullptr;
+   lfibTrackingSm_ = nullptr;
+   lfibTrackingStatus_ = nullptr;
+   numAllocatorConfig_ = nullptr;
+   numAllocatorStatus_ = nullptr;
+}
+
+Kor::Ptr<MplsSm> MplsSmIs(Kor::Ptr<const Mpls::Status> mplsStatus,
+                          Kor::Ptr<const Mpls::RoutingInfo> mplsRoutingInfo,
+                          Kor::Ptr<const Mpls::LfibStatus> transitLfib,
+                          Kor::Ptr<const Routing::Hardware::RouteStatus> routingHwRouteStatus,
+                          Kor::Ptr<Mpls::Hardware::Status> routingHwMplsStatus,
+                          Kor::Ptr<RouteReactorConfig> routeReactorConfig,
+                          Kor::Ptr<Route6ReactorConfig> route6ReactorConfig,
+                          Kor::Ptr<MplsHwConfig> mplsHwConfig, Kor::Ptr<MplsHwStatus> mplsHwStatus,
+                          Kor::Ptr<const L3Status> falL3Status,
+                          Kor::Ptr<MonitoredNexthopSm> monitoredNhSm,
+                          Kor::Ptr<Regdb::EntityManager> entityManager,
+                          Kor::Ptr<Loom::AttrLogSm> attrLogSm, Kor::Ptr<Kor::Clock> clock) {
+   return Kor::make<MplsSm>(
+       std::move(mplsStatus), std::move(mplsRoutingInfo), std::move(transitLfib),
+       std::move(routingHwRouteStatus), std::move(routingHwMplsStatus),
+       std::move(routeReactorConfig), std::move(route6ReactorConfig), std::move(mplsHwConfig),
+       std::move(mplsHwStatus), std::move(falL3Status), std::move(monitoredNhSm),
+       std::move(entityManager), std::move(attrLogSm), std::move(clock));
+}
+
+void MplsSm::hwFecIdResponseIs(Kor::Ptr<const FecIdToHwFecIdResponse> t) {
+   hwFecIdResponse_ = std::move(t);
+   hwFecIdResponseReactor_.reset();
+   if (hwFecIdResponse_) {
+      hwFecIdResponseReactor_ = std::make_unique<HwFecIdResponseReactor>(hwFecIdResponse_, *this);
+      hwFecIdResponseReactor_->ownerIs(this);
+   }
+}
+
+// ---- Start-up.
+
+void MplsSm::handleInitialized() {
+   SM_TRACE(8, "handleInitialized");
+   FAL_ASSERT(clock_, "clock_");
+   clock_->timeMinIs(Kor::Clock::never());
+   FAL_ASSERT(monitoredNhSm(), "monitoredNhSm()");
+
+   // Whatever an earlier incarnation programmed is not ours to trust: clear it before anything.
+   if (mplsHwConfig_) {
+      auto configs = mplsHwConfig_->vrfConfigMap();
+      for (const auto& [vrfId, config] : configs) {
+         config->l2AdjacencyDelAll();
+         config->routeDelAll();
+      }
+   }
+   if (routingHwMplsStatus_) {
+      routingHwMplsStatus_->l2AdjacencyDelAll();
+      routingHwMplsStatus_->adjacencyDelAll();
+      routingHwMplsStatus_->routeDelAll();
+   }
+
+   FAL_ASSERT(mplsStatus() && transitLfib() && mplsRoutingInfo() && mplsHwConfig(),
+              "mplsStatus() && transitLfib() && mplsRoutingInfo() && mplsHwConfig()");
+   handleMplsRouting(mplsRoutingInfo_->mplsRouting());
+   handleNexthopResolutionAllowDefaultRoute();
+
+   numAllocatorConfig_ = Kor::make<Loom::NumAllocatorConfig>(Loom::Range(0, 4294967295u), 10.0);
+   numAllocatorStatus_ = Kor::make<Loom::NumAllocatorStatus>();
+   numAllocator_ = Kor::make<Loom::NumAllocator>(numAllocatorConfig_, numAllocatorStatus_, clock_);
+
+   lfibTrackingSm_ = Kor::make<Mpls::LfibTrackingSm>(transitLfib_, lfibTrackingStatus_,
+                                                     Mpls::lfibTrackingViaSets_,
+                                                     "MplsSm-TrackingSm");
+   initialized_ = true;
+   handleLFibViaSet();
+}
+
+// ---- Per-VRF state and accessors.
+
+Kor::Ptr<VrfMplsState> MplsSm::mplsStateIs(const L3::VrfName& vrf) {
+   auto [it, inserted] = mplsState_.try_emplace(vrf);
+   if (inserted) {
+      SM_TRACE(5, "create state for vrf " << vrf);
+      it->second = Kor::make<VrfMplsState>(vrf);
+   }
+   return it->second;
+}
+
+void MplsSm::mplsStateDel(const L3::VrfName& vrf) {
+   auto it = mplsState_.find(vrf);
+   if (it == mplsState_.end()) {
+      return;
+   }
+   // Hand the next-hop watches back before the state goes, so nothing is left watched.
+   Kor::Ptr<VrfMplsState> state = it->second;
+   auto nextHops = state->mplsNextHopMap();
+   for (const auto& [nh, mplsNextHop] : nextHops) {
+      for (const auto& l3Adj : std::vector<L3AdjacencyPtr>(mplsNextHop->resolvedByRRSet().begin(),
+                                                            mplsNextHop->resolvedByRRSet().end())) {
+         mplsNextHop->resolvedByRRDel(l3Adj);
+      }
+      for (const auto& l3Adj :
+           std::vector<L3AdjacencyPtr>(mplsNextHop->resolvedByMNHSet().begin(),
+                                       mplsNextHop->resolvedByMNHSet().end())) {
+         mplsNextHop->resolvedByMNHDel(l3Adj);
+      }
+      unwatchNextHopIfUnused(*state, nh);
+   }
+   mplsState_.erase(it);
+   vrfForReview_.erase(vrf);
+}
+
+void MplsSm::mplsStateDelAll() {
+   while (!mplsState_.empty()) {
+      mplsStateDel(mplsState_.begin()->first);
+   }
+}
+
+VrfId MplsSm::vrfIdOf(const L3::VrfName& vrf) const {
+   if (falL3Status_) {
+      if (auto id = falL3Status_->vrfIdOf(vrf)) {
+         return *id;
+      }
+   }
+   // The default VRF is id 0 on every platform, known name or not.
+   return VrfId(0);
+}
+
+Kor::Ptr<MplsHwVrfConfig> MplsSm::falMplsHwVrfConfig(const L3::VrfName& vrf) {
+   return mplsHwConfig_->vrfConfigIs(vrfIdOf(vrf));
+}
+
+Kor::Ptr<const MplsHwVrfStatus> MplsSm::falMplsHwVrfStatus(const L3::VrfName& vrf) const {
+   return mplsHwStatus_ ? Kor::Ptr<const MplsHwVrfStatus>(mplsHwStatus_->vrfStatus(vrfIdOf(vrf)))
+                        : nullptr;
+}
+
+Kor::Ptr<MplsHwVrfStatus> MplsSm::falMplsHwVrfStatusNonConst(const L3::VrfName& vrf) {
+   return mplsHwStatus_ ? mplsHwStatus_->vrfStatus(vrfIdOf(vrf)) : nullptr;
+}
+
+bool MplsSm::platformRoutingEnabled(const L3::VrfName& vrf) const {
+   auto status = falMplsHwVrfStatus(vrf);
+   return status && status->mplsRouting();
+}
+
+// ---- Routing switches and VRF names.
+
+void MplsSm::handleMplsRouting(bool routing) {
+   const L3::VrfName& vrf = defaultVrf();
+   if (routing) {
+      SM_DECISION(1, "mplsRouting enabled in vrf " << vrf);
+      falMplsHwVrfConfig(vrf)->mplsRoutingIs(true);
+      return;
+   }
+   SM_DECISION(1, "mplsRouting disabled in vrf " << vrf);
+   auto state = mplsState(vrf);
+   if (!state || state->routes() == 0) {
+      falMplsHwVrfConfig(vrf)->mplsRoutingIs(false);
+      return;
+   }
+   // Withdraw the routes first; the hardware flag goes once the VRF is empty.
+   for (const auto& [key, route] : state->routeMap()) {
+      state->routeKeyForReviewIs(key, true);
+   }
+   doMaybeScheduleReview(vrf);
+}
+
+void MplsSm::handleHwRoutingEnabled(VrfId vrfId, bool routing) {
+   if (!falL3Status_ || !falL3Status_->vrfNameHas(vrfId)) {
+      SM_DECISION(1, "Vrf name has not been added yet");
+      return;
+   }
+   L3::VrfName vrfName = falL3Status_->vrfName(vrfId);
+   if (!(vrfName == L3::VrfName::defaultVrf())) {
+      // Only the default VRF carries MPLS routes; a platform status for another VRF is not ours.
+      SM_DECISION(1, "Vrf: " << vrfName << " is not default. skip.");
+      return;
+   }
+   if (routing) {
+      SM_DECISION(1, "platform enabled mplsRouting in vrf " << vrfName);
+      handleLFibRoute();
+   } else {
+      SM_DECISION(1, "platform disnabled mplsRouting in vrf " << vrfName);
+   }
+}
+
+void MplsSm::handleVrfName(VrfId vrfId) {
+   L3::VrfName name = falL3Status_->vrfName(vrfId);
+   if (!(name == L3::VrfName::defaultVrf())) {
+      SM_DECISION(1, "Vrf: " << name << " is not default. skip.");
+      return;
+   }
+   auto status = mplsHwStatus_ ? mplsHwStatus_->vrfStatus(vrfId) : nullptr;
+   if (status && status->mplsRouting()) {
+      SM_DECISION(1, "platform enabled mplsRouting in vrf: " << name);
+      handleLFibRoute();
+   } else {
+      SM_DECISION(1, "platform disabled mplsRouting in vrf: " << name);
+   }
+}
+
+void MplsSm::mplsHwVrfStatusIs(const Kor::Ptr<MplsHwVrfStatus>& status) {
+   auto& reactor = mplsHwVrfStatus_[status->vrfId()];
+   if (reactor && reactor->notifier() == status) {
+      return;
+   }
+   reactor = std::make_unique<HwVrfStatusReactor>(status, *this);
+   reactor->ownerIs(this);
+   // A new reactor sees the state the status already has.
+   handleHwRoutingEnabled(status->vrfId(), status->mplsRouting());
+}
+
+void MplsSm::mplsHwVrfStatusDel(VrfId vrfId) { mplsHwVrfStatus_.erase(vrfId); }
+
+void MplsSm::mplsHwVrfStatusDelAll() { mplsHwVrfStatus_.clear(); }
+
+}  // namespace Fal

@@ -1,0 +1,333 @@
+// The review: scheduling, time-boxed passes, hardware feedback, the retry of unprogrammed routes
+// and the resource log messages.
+#include "FalMplsSm.h"
+
+#include <limits>
+#include <vector>
+
+#include <mplsfwd/log/LogFacility.h>
+
+#include "MplsResourceLog.h"
+#include "MplsSmTrace.h"
+
+namespace Fal {
+
+namespace {
+
+// Takes the work present when the step starts and processes it until done or told to yield. Work
+// queued while the step runs (a route put back for review, say) waits for the next pass instead of
+// spinning in this one; what the step did not reach goes back on the set.
+template <class Set, class Yield, class Work>
+void drainOnce(Set& live, Set& batch, Yield&& yield, Work&& work) {
+   batch.swap(live);
+   while (!batch.empty() && !yield()) {
+      auto key = *batch.begin();
+      batch.erase(batch.begin());
+      work(key);
+   }
+   for (const auto& key : batch) {
+      live.insert(key);
+   }
+   batch.clear();
+}
+
+}  // namespace
+
+void MplsSm::doMaybeScheduleReview(const L3::VrfName& vrf) {
+   if (!initialized_) {
+      return;
+   }
+   auto state = mplsState(vrf);
+   if (!state) {
+      return;
+   }
+   if (!state->needReview() && state->numUnprogrammedRoute() == 0) {
+      SM_TRACE(8, "nothing to review in vrf " << vrf);
+      return;
+   }
+   vrfForReview_.insert(vrf);
+   double delay;
+   if (state->needReviewForUnprogrammedOnly()) {
+      delay = state->unprogrammedRetryInterval();
+      SM_TRACE(8, ": Only unprogrammed routes need review in vrf "
+                      << vrf << ". The review interval is " << delay << " seconds.");
+   } else {
+      delay = reviewInterval_;
+      SM_TRACE(8, " Review interval for vrf " << vrf << " is " << delay << " seconds.");
+   }
+   double wakeUp = clock_->now() + delay;
+   if (clock_->timeMin() > wakeUp) {
+      clock_->timeMinIs(wakeUp);
+      currentReviewInterval_ = delay;
+   }
+}
+
+void MplsSm::doReviewVrfs() {
+   clock_->timeMinIs(Kor::Clock::never());
+   ++reviewCount_;
+   double start = clock_->now();
+   reviewEndTime_ = start + reviewQuanta_;
+   while (!vrfForReview_.empty()) {
+      L3::VrfName vrf = *vrfForReview_.begin();
+      SM_TRACE(5, "review vrf " << vrf);
+      vrfForReview_.erase(vrfForReview_.begin());
+      doReviewVrf(vrf);
+      if (reviewYield()) {
+         SM_DECISION(5, "vrf review yielding");
+         break;
+      }
+   }
+   reviewPassEnded(start);
+}
+
+void MplsSm::reviewPassEnded(double start) {
+   double length = clock_->now() - start;
+   if (length > longestReviewPass_) {
+      longestReviewPass_ = length;
+   }
+}
+
+bool MplsSm::reviewYield() const {
+   if (reviewEndTime_ >= std::numeric_limits<double>::max()) {
+      return true;
+   }
+   if (clock_->now() > reviewEndTime_) {
+      return true;
+   }
+   return attrLogSm_ && attrLogSm_->isAttrLogOutClogged();
+}
+
+void MplsSm::doReviewVrf(const L3::VrfName& vrfName) {
+   Kor::Ptr<VrfMplsState> vrf = mplsState(vrfName);
+   if (!vrf || (!vrf->needReview() && vrf->numUnprogrammedRoute() == 0)) {
+      SM_TRACE(5, "nothing to be reviewed for vrf " << vrfName);
+      return;
+   }
+   vrf->vrfReviewCountInc();
+   auto yield = [this] { return reviewYield(); };
+
+   SM_TRACE(5, "review l3 adj in vrf " << vrfName);
+   drainOnce(vrf->l3AdjForReviewSet(), vrf->l3AdjInReviewBatch(), yield, [&](std::uint64_t i) {
+      processL3Adj(*vrf, i);
+      vrf->l3AdjReviewedInc();
+   });
+
+   SM_TRACE(5, "review routeKey in vrf " << vrfName);
+   VrfMplsState::Set<Mpls::RouteKey> routeBatch;
+   drainOnce(vrf->routeKeyForReviewSet(), routeBatch, yield, [&](const Mpls::RouteKey& k) {
+      processRouteKey(*vrf, k);
+      vrf->routeKeyReviewedInc();
+   });
+
+   SM_TRACE(5, "review l2 adj in vrf " << vrfName);
+   VrfMplsState::Set<std::uint64_t> l2Batch;
+   drainOnce(vrf->l2AdjForReviewSet(), l2Batch, yield, [&](std::uint64_t i) {
+      processL2Adj(*vrf, i);
+      vrf->l2AdjReviewedInc();
+   });
+
+   SM_TRACE(5, "review l2 adj pending for deletion in vrf " << vrfName);
+   // Copy: a pending adjacency that is deleted leaves the set as it is processed.
+   std::vector<std::uint64_t> pending(vrf->l2AdjPendingForDeleteSet().begin(),
+                                      vrf->l2AdjPendingForDeleteSet().end());
+   for (std::uint64_t i : pending) {
+      if (reviewYield()) {
+         break;
+      }
+      processL2AdjPendingDelete(*vrf, i);
+   }
+
+   SM_TRACE(5, "review unprogrammed routeKey and adj in vrf " << vrfName);
+   if (!reviewYield() && vrf->numUnprogrammedRoute() != 0) {
+      doReviewUnprogrammedRoute(*vrf);
+   }
+
+   SM_TRACE(5, "publish routeKey in vrf " << vrfName);
+   if (!reviewYield() && !vrf->routeKeyForPublishSet().empty()) {
+      doPublishRouteKeys(*vrf);
+   }
+
+   doMaybeScheduleReviewOrDeleteVrfState(vrfName);
+}
+
+void MplsSm::doReviewUnprogrammedRoute(VrfMplsState& vrf) {
+   double now = clock_->now();
+   if (vrf.numUnprogrammedRoute() == 0) {
+      vrf.lastUnprogrammedReviewIs(Kor::Clock::never());
+      SM_TRACE(5, "no unprogrammed route to review");
+      return;
+   }
+   if (vrf.lastUnprogrammedReview() == Kor::Clock::never()) {
+      vrf.lastUnprogrammedReviewIs(now);
+      SM_TRACE(5, "schedule review for unprogrammed routes");
+      return;
+   }
+   if (vrf.lastUnprogrammedReview() + vrf.unprogrammedRetryInterval() > now) {
+      SM_TRACE(5, "schedule review for unprogrammed routes");
+      return;
+   }
+   SM_TRACE(5, "Set unprogrammedRetryInterval to default: " << defaultUnprogrammedRetryInterval_);
+   vrf.unprogrammedRetryIntervalIs(defaultUnprogrammedRetryInterval_);
+   SM_TRACE(5, "review unprogrammed routes");
+   vrf.lastUnprogrammedReviewIs(now);
+
+   auto status = falMplsHwVrfStatus(vrf.vrfName());
+   if (!status) {
+      return;
+   }
+   // Copies: retrying changes both lists under us.
+   std::vector<L2AdjacencyPtr> adjs;
+   for (const auto& [adj, flag] : status->unprogrammedAdjacencyMap()) {
+      adjs.push_back(adj);
+   }
+   for (const auto& adj : adjs) {
+      if (reviewYield()) {
+         return;
+      }
+      SM_TRACE(5, "retry unprogrammed adj " << adj->index());
+      progHwL2Adj(vrf.vrfName(), adj);
+      vrf.unprogAdjRetriedInc();
+   }
+   std::vector<Mpls::RouteKey> keys;
+   keys.reserve(status->unprogrammedRoutes());
+   for (const auto& [key, flag] : status->unprogrammedRouteMap()) {
+      keys.push_back(key);
+   }
+   for (const auto& key : keys) {
+      if (reviewYield()) {
+         return;
+      }
+      SM_TRACE(5, "retry unprogrammed routeKey " << key);
+      processRouteKey(vrf, key);
+      vrf.unprogRouteRetriedInc();
+   }
+}
+
+void MplsSm::doMaybeScheduleReviewOrDeleteVrfState(const L3::VrfName& vrfName) {
+   FAL_ASSERT(vrfName == L3::VrfName::defaultVrf(), "vrf == L3::VrfName::defaultVrf()");
+   if (!initialized_) {
+      return;
+   }
+   Kor::Ptr<VrfMplsState> vrf = mplsState(vrfName);
+   if (!vrf) {
+      return;
+   }
+   if (!vrf->needReview() && vrf->numUnprogrammedRoute() == 0) {
+      if (!controlPlaneRouting()) {
+         SM_DECISION(1, "disable mplsRouting in vrf " << vrfName);
+         falMplsHwVrfConfig(vrfName)->mplsRoutingIs(false);
+      }
+      if (vrf->empty()) {
+         SM_DECISION(1, "delete state for vrf " << vrfName);
+         mplsStateDel(vrfName);
+      }
+      return;
+   }
+   doMaybeScheduleReview(vrfName);
+}
+
+void MplsSm::doForceRouteReprogramming() {
+   for (const auto& [name, vrf] : mplsState_) {
+      for (const auto& [key, route] : vrf->routeMap()) {
+         vrf->routeKeyForReviewIs(key, true);
+      }
+      doMaybeScheduleReview(name);
+   }
+}
+
+void MplsSm::handleProgrammedRoute(VrfId vrfId, const Mpls::RouteKey& routeKey) {
+   L3::VrfName vrfName = falL3Status_ ? falL3Status_->vrfName(vrfId) : L3::VrfName();
+   Kor::Ptr<VrfMplsState> vrf = mplsState(vrfName);
+   if (!vrf || !vrf->route(routeKey)) {
+      SM_TRACE(8, "no vrf state or routeKey");
+      return;
+   }
+   FAL_ASSERT(vrfName == L3::VrfName::defaultVrf(), "vrf == L3::VrfName::defaultVrf()");
+   auto status = mplsHwStatus_->vrfStatus(vrfId);
+   if (status && status->routeHas(routeKey)) {
+      SM_TRACE(8, "routeKey " << routeKey << " programmed in vrf " << vrfName);
+      vrf->route(routeKey)->unprogrammedIs(false);
+      SM_TRACE(8, "add routeKey " << routeKey << " for review");
+      vrf->routeKeyForPublishIs(routeKey, true);
+      doMaybeScheduleReview(vrfName);
+      if (vrf->numUnprogrammedRoute() != 0) {
+         // Something got in: the rest may fit now too, so retry soon rather than in 10 s.
+         vrf->unprogrammedRetryIntervalIs(reviewInterval_);
+         SM_TRACE(5, "vrf " << vrfName << " unprogrammedRetryIntervalIs " << reviewInterval_);
+      }
+   } else {
+      SM_TRACE(8, "routeKey " << routeKey << " unprogrammed from vrf " << vrfName);
+   }
+}
+
+void MplsSm::handleUnprogrammedRoute(VrfId vrfId, const Mpls::RouteKey& routeKey) {
+   L3::VrfName vrfName = falL3Status_ ? falL3Status_->vrfName(vrfId) : L3::VrfName();
+   Kor::Ptr<VrfMplsState> vrf = mplsState(vrfName);
+   if (!vrf || !vrf->route(routeKey)) {
+      SM_TRACE(8, "no vrf state or routeKey");
+      return;
+   }
+   FAL_ASSERT(vrfName == L3::VrfName::defaultVrf(), "vrf == L3::VrfName::defaultVrf()");
+   auto status = mplsHwStatus_->vrfStatus(vrfId);
+   int delta;
+   if (status && status->unprogrammedRouteHas(routeKey)) {
+      SM_TRACE(5, "routeKey " << routeKey << " not programmed in vrf " << vrfName);
+      delta = 1;
+      vrf->unprogrammedRetryIntervalIs(defaultUnprogrammedRetryInterval_);
+   } else {
+      SM_TRACE(5, "routeKey " << routeKey << " removed from unprog collection in vrf " << vrfName);
+      delta = -1;
+   }
+   vrf->route(routeKey)->unprogrammedIs(delta == 1);
+   vrf->routeKeyForPublishIs(routeKey, true);
+   std::uint64_t preUnprogrammed = vrf->numUnprogrammedRoute();
+   FAL_ASSERT(!(preUnprogrammed == 0 && delta == -1), "! (preUnprogrammed == 0 && delta == -1 )");
+   if (preUnprogrammed == 0 && delta == 1) {
+      UnprogrammedReason reason = status->unprogrammedReason();
+      if (isResourceReason(reason)) {
+         Log::emit(routingMplsResourceFull());
+         resourceFullLoggedIs(true);
+      }
+      SM_DECISION(1, "Schedule review for unprog routes, reason " << reason);
+   }
+   if (preUnprogrammed == 1 && delta == -1) {
+      if (resourceFullLogged()) {
+         Log::emit(routingMplsResourceNormal());
+         resourceFullLoggedIs(false);
+      }
+      if (auto writable = falMplsHwVrfStatusNonConst(vrfName)) {
+         writable->unprogrammedReasonIs(UnprogrammedReason::Success);
+      }
+      SM_DECISION(1, "Resource-Normal");
+   }
+   vrf->numUnprogrammedRouteIs(preUnprogrammed + delta);
+   doMaybeScheduleReview(vrfName);
+}
+
+void MplsSm::handleUnprogrammedAdj(VrfId vrfId, const L2AdjacencyPtr& l2Adjacency) {
+   L3::VrfName vrfName = falL3Status_ ? falL3Status_->vrfName(vrfId) : L3::VrfName();
+   Kor::Ptr<VrfMplsState> vrf = mplsState(vrfName);
+   if (!vrf) {
+      SM_TRACE(5, "no vrf state for vrf " << vrfName);
+      return;
+   }
+   FAL_ASSERT(vrfName == L3::VrfName::defaultVrf(), "vrf == L3::VrfName::defaultVrf()");
+   SM_TRACE(5, "add l2 adj " << l2Adjacency->index() << " for review");
+   vrf->l2AdjForReviewIs(l2Adjacency->index(), true);
+   auto status = mplsHwStatus_->vrfStatus(vrfId);
+   if (status && status->unprogrammedAdjacencyHas(l2Adjacency)) {
+      SM_TRACE(5, "l2 adj " << l2Adjacency->index() << " not programmed");
+      vrf->numUnprogrammedAdjInc();
+      vrf->unprogrammedRetryIntervalIs(defaultUnprogrammedRetryInterval_);
+   } else {
+      SM_TRACE(5, "l2 adj " << l2Adjacency->index() << " removed from unprogrammedAdj");
+      if (vrf->numUnprogrammedAdj() != 0) {
+         vrf->numUnprogrammedAdjInc(std::uint64_t(-1));
+      }
+      vrf->unprogrammedRetryIntervalIs(reviewInterval_);
+      SM_TRACE(5, "vrf " << vrfName << " unprogrammedRetryIntervalIs " << reviewInterval_);
+   }
+   doMaybeScheduleReview(vrfName);
+}
+
+}  // namespace Fal

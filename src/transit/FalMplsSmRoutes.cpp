@@ -1,0 +1,283 @@
+// LFIB route processing: accepting routes, binding them to adjacencies, programming and
+// publishing them.
+#include "FalMplsSm.h"
+
+#include "MplsSmTrace.h"
+
+namespace Fal {
+
+namespace {
+const L3::VrfName& defaultVrf() {
+   static const L3::VrfName name = L3::VrfName::defaultVrf();
+   return name;
+}
+}  // namespace
+
+bool MplsSm::routeSupported(const Mpls::LfibRoute& lfibRoute) const {
+   FAL_ASSERT(!(lfibRoute == Mpls::LfibRoute()), "!!route");
+   auto type = lfibRoute.viaSetKey().viaType();
+   if (type == Mpls::viaTypeMplsIp_ || type == Mpls::viaTypeExternalFec_) {
+      return true;
+   }
+   SM_DECISION(5, "Ignoring non mpls-ip and extFec LfibRoute");
+   return false;
+}
+
+void MplsSm::handleLFibRoute(const Mpls::RouteKey& routeKey) {
+   const L3::VrfName& vrf = defaultVrf();
+   if (!platformRoutingEnabled(vrf)) {
+      SM_TRACE(5, "mplsRouting disable in vrf " << vrf);
+      return;
+   }
+   const Mpls::LfibRoute* lfibRoute = transitLfib_->lfibRoutePtr(routeKey);
+   bool program = false;
+   if (!lfibRoute) {
+      if (!mplsIpRouteKey_.contains(routeKey)) {
+         SM_TRACE(5, "Ignoring LFIB route " << routeKey);
+         return;
+      }
+      SM_TRACE(5, "delete LFIB route " << routeKey);
+      mplsIpRouteKey_.erase(routeKey);
+   } else if (routeSupported(*lfibRoute)) {
+      mplsIpRouteKey_.insert(routeKey);
+      SM_TRACE(5, "add/update LFIB route " << routeKey);
+      program = true;
+   } else {
+      mplsIpRouteKey_.erase(routeKey);
+   }
+   auto state = mplsState(vrf);
+   if (!program && !(state && state->route(routeKey))) {
+      // Nothing of ours to program or to take down.
+      if (state && state->routeKeyForReview(routeKey)) {
+         SM_TRACE(5, "removing routeKey " << routeKey << " from review");
+         state->routeKeyForReviewIs(routeKey, false);
+      }
+      return;
+   }
+   state = mplsStateIs(vrf);
+   state->routeIs(routeKey);
+   state->routeKeyForReviewIs(routeKey, true);
+   SM_TRACE(8, "routeKey for review");
+   doMaybeScheduleReview(vrf);
+}
+
+void MplsSm::handleLFibRoute() {
+   // Copy the keys: handling a route can schedule work but never changes the LFIB, still the walk
+   // must not depend on that.
+   std::vector<Mpls::RouteKey> keys;
+   keys.reserve(transitLfib_->lfibRoutes());
+   for (const auto& [key, route] : transitLfib_->lfibRouteMap()) {
+      keys.push_back(key);
+   }
+   for (const auto& key : keys) {
+      handleLFibRoute(key);
+   }
+}
+
+void MplsSm::processRouteKey(VrfMplsState& vrf, const Mpls::RouteKey& routeKey) {
+   SM_TRACE(8, "process routeKey " << routeKey);
+   vrf.routeKeyForPublishIs(routeKey, true);
+   Kor::Ptr<MplsRoute> route = vrf.route(routeKey);
+   if (!route) {
+      SM_TRACE(5, "routeKey " << routeKey << " not in vrf " << vrf.vrfName());
+      return;
+   }
+   if (!controlPlaneRouting()) {
+      SM_TRACE(5, "mplsRouting disabled in vrf " << vrf.vrfName());
+      deleteRouteKeyAndRoute(vrf, routeKey);
+      return;
+   }
+   const Mpls::LfibRoute* lfibRoute = transitLfib_->lfibRoutePtr(routeKey);
+   const Mpls::LfibViaSet* viaSet =
+       lfibRoute ? transitLfib_->viaSetPtr(lfibRoute->viaSetKey()) : nullptr;
+   if (!lfibRoute || (viaSet && !isLFibViaSetSane(*viaSet)) ||
+       !(lfibRoute->viaSetKey().viaType() == Mpls::viaTypeMplsIp_ ||
+         lfibRoute->viaSetKey().viaType() == Mpls::viaTypeExternalFec_)) {
+      SM_DECISION(5, "route (" << routeKey << ") does not exist in system LFIB or via not sane ");
+      deleteRouteKeyAndRoute(vrf, routeKey);
+      return;
+   }
+   if (!viaSet) {
+      SM_DECISION(5, "via set for route (" << routeKey
+                                           << ") does not exist in system LFIB, delay processing");
+      return;
+   }
+
+   const Mpls::LfibViaSetKey& viaSetKey = lfibRoute->viaSetKey();
+   L3AdjacencyPtr oldAdj;
+   L3AdjacencyPtr l3Adj = route->l3Adj();
+   if (!l3Adj || !(l3Adj->lFibViaSetKey() == viaSetKey)) {
+      oldAdj = l3Adj;
+      SM_TRACE(5, "adj changed");
+      SM_TRACE(5, "viaSetKey changed to " << viaSetKey);
+      l3Adj = vrf.lFibViaSetToL3AdjHas(viaSetKey)
+                  ? vrf.l3Adjacency(vrf.lFibViaSetToL3Adj(viaSetKey))
+                  : nullptr;
+      if (!l3Adj) {
+         l3Adj = newL3Adjacency(vrf);
+         l3Adj->lFibViaSetKeyIs(viaSetKey);
+         SM_TRACE(5, "add new adj " << l3Adj->index() << " for review");
+         vrf.l3AdjForReviewIs(l3Adj->index(), true);
+         vrf.lFibViaSetToL3AdjIs(viaSetKey, l3Adj->index());
+      }
+      l3Adj->routeKeyIs(routeKey);
+      SM_TRACE(5, "L3 adj index " << l3Adj->index());
+      route->l3AdjIs(l3Adj);
+   }
+   route->metricIs(static_cast<std::int32_t>(lfibRoute->metric()));
+   SM_TRACE(5, "routeKey " << routeKey << " adj " << l3Adj->index());
+
+   if (route->unprogramRequired()) {
+      unprogramRouteKey(vrf, routeKey);
+      route->unprogrammedIs(true);
+      route->unprogramRequiredIs(false);
+   }
+
+   const MplsL2AdjacencyPtr& l2Adj = l3Adj->l2Adjacency();
+   const ExternalFecInfoPtr& extFec = l3Adj->extFecInfo();
+   if (l2Adj && l3Adj->lFibViaSetKey().viaType() == Mpls::viaTypeMplsIp_ && !extFec) {
+      Kor::Ptr<Mpls::Hardware::L2Adjacency> hwL2 = routingHwMplsStatus_->l2Adjacency(l2Adj->index());
+      route->versionInc(1);
+      falMplsHwVrfConfig(vrf.vrfName())->routeIs(MplsHwRoute(routeKey, hwL2, route->version()));
+      auto status = falMplsHwVrfStatus(vrf.vrfName());
+      bool unprogrammed = (hwL2 && hwL2->unprogrammed()) ||
+                          (status && status->unprogrammedRouteHas(routeKey));
+      route->unprogrammedIs(unprogrammed);
+      SM_TRACE(5, "prog routeKey " << routeKey << " l2 adj " << l2Adj->index() << " unprogrammed "
+                                   << unprogrammed);
+      if (route->l2Adj() != l2Adj || route->extFecInfo()) {
+         clearRouteMappings(vrf, routeKey);
+         route->l2AdjIs(l2Adj);
+         addRouteKeyToL2Adj(routeKey, l2Adj);
+      }
+   } else if (forwardingIntoExternalFecsSupported() && extFec && extFec->fecId().isValid() &&
+              mplsSmHelper_) {
+      std::uint64_t fecId = extFec->fecId().value();
+      auto rc = mplsSmHelper_->updateRoute(routeKey, l3Adj->labelAction(), l3Adj->payloadType(),
+                                           fecId, Wire::AddressingMethod::indirect);
+      auto status = falMplsHwVrfStatusNonConst(vrf.vrfName());
+      if (rc == Mpls::lfibHwProgrammingSuccess_) {
+         if (status) {
+            status->unprogrammedRouteDel(routeKey);
+         }
+         route->unprogrammedIs(false);
+      } else {
+         SM_DECISION(1, "adding route " << routeKey << " to unprogrammed list, reason "
+                                        << UnprogrammedReason::RouteFull);
+         if (status) {
+            status->unprogrammedRouteIs(routeKey, true);
+            status->unprogrammedReasonIs(UnprogrammedReason::RouteFull);
+         }
+         route->unprogrammedIs(true);
+      }
+      if (route->extFecInfo() != extFec || route->l2Adj()) {
+         clearRouteMappings(vrf, routeKey);
+         route->extFecInfoIs(extFec);
+         addRouteKeyToExtFecInfo(routeKey, extFec);
+      }
+   } else if (isAdjPendingForReview(vrf, *l3Adj)) {
+      SM_TRACE(5, "not removing routeKey "
+                      << routeKey << " because adj review is pending. Add routeKey for review again");
+      vrf.routeKeyForReviewIs(routeKey, true);
+   } else {
+      SM_TRACE(5, "unprog routeKey " << routeKey);
+      unprogramRouteKey(vrf, routeKey);
+      route->unprogrammedIs(true);
+      // Not programmed through anything any more: let go of the old L2 adjacency and FEC so that
+      // they can be deleted once unused.
+      clearRouteMappings(vrf, routeKey);
+   }
+
+   if (oldAdj && oldAdj != l3Adj) {
+      SM_TRACE(5, "remove routeKey " << routeKey << " from l3Adj index " << oldAdj->index());
+      oldAdj->routeKeyDel(routeKey);
+      vrf.l3AdjForReviewIs(oldAdj->index(), true);
+   }
+}
+
+void MplsSm::doPublishRouteKeys(VrfMplsState& vrf) {
+   auto& set = vrf.routeKeyForPublishSet();
+   while (!set.empty() && !reviewYield()) {
+      Mpls::RouteKey key = *set.begin();
+      set.erase(set.begin());
+      publishRouteKey(vrf, key);
+   }
+}
+
+Mpls::Hardware::Route MplsSm::hwRouteOf(const MplsRoute& route) const {
+   // The shared status names adjacencies by index so that readers need no object references.
+   Mpls::Hardware::Route hw(route.routeKey());
+   hw.adjacencyIndexIs(route.l3Adj() ? route.l3Adj()->index() : 0);
+   hw.l2AdjacencyIndexIs(route.l2Adj() ? route.l2Adj()->index() : 0);
+   hw.metricIs(static_cast<std::uint32_t>(route.metric()));
+   hw.versionIs(route.version());
+   hw.unprogrammedIs(route.unprogrammed());
+   return hw;
+}
+
+void MplsSm::publishRouteKey(VrfMplsState& vrf, const Mpls::RouteKey& routeKey) {
+   SM_TRACE(8, "publish routeKey " << routeKey);
+   if (vrf.routeKeyForReview(routeKey)) {
+      SM_DECISION(8, "not publishing routeKey " << routeKey << " since review is pending");
+      return;
+   }
+   vrf.routeKeyPublishedInc();
+   Kor::Ptr<MplsRoute> route = vrf.route(routeKey);
+   if (route && route->l3Adj()) {
+      SM_TRACE(8, "publish routeKey " << routeKey << " adj " << route->l3Adj()->index()
+                                      << " unprogrammed " << route->unprogrammed());
+      routingHwMplsStatus_->routeIs(hwRouteOf(*route));
+      return;
+   }
+   if (route) {
+      SM_TRACE(8, "not publishing routeKey " << routeKey << " since l3 adjacency doesn't exist");
+   }
+   SM_TRACE(8, "unpublish routeKey " << routeKey);
+   routingHwMplsStatus_->routeDel(routeKey);
+}
+
+void MplsSm::unprogramRouteKey(VrfMplsState& vrf, const Mpls::RouteKey& routeKey) {
+   SM_TRACE(8, "unprogram routeKey " << routeKey);
+   falMplsHwVrfConfig(vrf.vrfName())->routeDel(routeKey);
+   if (auto status = falMplsHwVrfStatusNonConst(vrf.vrfName())) {
+      status->unprogrammedRouteDel(routeKey);
+   }
+   if (forwardingIntoExternalFecsSupported() && mplsSmHelper_) {
+      mplsSmHelper_->deleteRoute(routeKey);
+   }
+}
+
+void MplsSm::deleteRouteKeyAndRoute(VrfMplsState& vrf, const Mpls::RouteKey& routeKey) {
+   SM_TRACE(5, "delete routeKey " << routeKey);
+   unprogramRouteKey(vrf, routeKey);
+   Kor::Ptr<MplsRoute> route = vrf.route(routeKey);
+   if (route) {
+      clearRouteMappings(vrf, routeKey);
+      if (const auto& l3Adj = route->l3Adj()) {
+         l3Adj->routeKeyDel(routeKey);
+         vrf.l3AdjForReviewIs(l3Adj->index(), true);
+         route->l3AdjIs(nullptr);
+      }
+   }
+   vrf.routeDel(routeKey);
+}
+
+void MplsSm::clearRouteMappings(VrfMplsState& vrf, const Mpls::RouteKey& routeKey) {
+   SM_TRACE(8, "clear route mappings");
+   Kor::Ptr<MplsRoute> route = vrf.route(routeKey);
+   if (!route) {
+      return;
+   }
+   if (route->l2Adj()) {
+      MplsL2AdjacencyPtr l2Adj = route->l2Adj();
+      route->l2AdjIs(nullptr);
+      deleteRouteKeyFromL2Adj(routeKey, l2Adj);
+   }
+   if (route->extFecInfo()) {
+      ExternalFecInfoPtr extFec = route->extFecInfo();
+      route->extFecInfoIs(nullptr);
+      deleteRouteKeyFromExtFecInfo(vrf, routeKey, extFec);
+   }
+}
+
+}  // namespace Fal

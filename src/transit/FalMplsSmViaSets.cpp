@@ -1,0 +1,509 @@
+// Via sets and L3 adjacencies: the via-set backlog, validation with its rejection rules,
+// classification, backup links, and the choice between the FEC way and the hardware-adjacency way.
+#include "FalMplsSm.h"
+
+#include <sstream>
+
+#include <mplsfwd/log/ToggleService.h>
+
+#include "MplsSmTrace.h"
+
+namespace Fal {
+
+namespace {
+
+const L3::VrfName& defaultVrf() {
+   static const L3::VrfName name = L3::VrfName::defaultVrf();
+   return name;
+}
+
+// Regular via sets of this source go the FEC way even where hardware adjacencies would do: the
+// platform numbers the source whose routes it wants forwarded through the FIB as 5.
+constexpr unsigned kFecForwardedViaSetSource = 5;
+
+enum class ViaKind { regular, nexthopGroup, dynamicTunnel };
+
+ViaKind viaKind(Wire::IntfId intf) {
+   if (Wire::FecIdIntfId::isNexthopGroupIdIntfId(intf)) {
+      return ViaKind::nexthopGroup;
+   }
+   if (Wire::DynamicTunnelIntfId::isDynamicTunnelIntfId(intf)) {
+      return ViaKind::dynamicTunnel;
+   }
+   return ViaKind::regular;
+}
+
+}  // namespace
+
+// ---- The via-set backlog.
+
+void MplsSm::handleLFibViaSet() {
+   // Copy: handling deletes keys from the backlog.
+   std::vector<Mpls::LfibViaSetKey> keys(lfibTrackingStatus_->viaSetKeyBacklogSet().begin(),
+                                         lfibTrackingStatus_->viaSetKeyBacklogSet().end());
+   for (const auto& key : keys) {
+      handleLFibViaSetHelper(key, true);
+   }
+}
+
+void MplsSm::handleLFibViaSet(const Mpls::LfibViaSetKey& key) {
+   // The reactor sees the key both arrive on and leave the backlog; only an arrival is work.
+   if (!initialized_ || !lfibTrackingStatus_->viaSetKeyBacklog(key)) {
+      return;
+   }
+   handleLFibViaSetHelper(key, true);
+}
+
+void MplsSm::handleLFibViaSetHelper(const Mpls::LfibViaSetKey& key, bool delFromBacklog) {
+   const L3::VrfName& vrfName = defaultVrf();
+   if (delFromBacklog) {
+      lfibTrackingStatus_->viaSetKeyBacklogDel(key);
+   }
+   if (!platformRoutingEnabled(vrfName) || !controlPlaneRouting()) {
+      SM_TRACE(1, "mplsRouting disabled in vrf " << vrfName << "; Not processing viaSet");
+      return;
+   }
+   const auto& users = transitLfib_->routeKeysOfViaSet(key);
+   Kor::Ptr<VrfMplsState> vrf = mplsState(vrfName);
+   if (!vrf) {
+      if (users.empty()) {
+         SM_TRACE(1, "No mplsState for vrf, and viaSet not used by any route");
+         return;
+      }
+      vrf = mplsStateIs(vrfName);
+   }
+   if (vrf->lFibViaSetToL3AdjHas(key)) {
+      vrf->l3AdjForReviewIs(vrf->lFibViaSetToL3Adj(key), true);
+   } else {
+      SM_TRACE(1, "No L3Adj for viaSet. Scheduling all user Routes");
+      for (const auto& routeKey : users) {
+         if (mplsIpRouteKey_.contains(routeKey)) {
+            vrf->routeIs(routeKey);
+            vrf->routeKeyForReviewIs(routeKey, true);
+         }
+      }
+   }
+   doMaybeScheduleReview(vrfName);
+}
+
+// ---- L3 adjacencies.
+
+L3AdjacencyPtr MplsSm::newL3Adjacency(VrfMplsState& vrf) {
+   std::uint64_t index = ++adjacencyIndex_;
+   routingHwMplsStatus_->adjacencyIs(index);
+   L3AdjacencyPtr l3Adj = vrf.l3AdjacencyIs(index);
+   SM_TRACE(1, "create l3 adj " << index);
+   return l3Adj;
+}
+
+void MplsSm::l3AdjRoutesForReview(VrfMplsState& vrf, const L3Adjacency& l3Adj) {
+   for (const auto& routeKey : l3Adj.routeKeySet()) {
+      SM_TRACE(8, "add routeKey " << routeKey << " for review");
+      vrf.routeKeyForReviewIs(routeKey, true);
+   }
+}
+
+void MplsSm::processL3Adj(VrfMplsState& vrf, std::uint64_t index) {
+   SM_TRACE(1, "process l3 adj " << index);
+   L3AdjacencyPtr l3Adj = vrf.l3Adjacency(index);
+   if (!l3Adj) {
+      return;
+   }
+   const Mpls::LfibViaSetKey key = l3Adj->lFibViaSetKey();
+   // An adjacency that no route and no primary uses any more has done its job.
+   if (l3Adj->routeKeys() == 0 && l3Adj->primaryAdjs() == 0) {
+      deleteL3Adj(vrf, index);
+      return;
+   }
+   FAL_ASSERT(key.viaType() == Mpls::viaTypeMplsIp_ || key.viaType() == Mpls::viaTypeExternalFec_,
+              "lFibViaSetKey.viaType() == Mpls::viaTypeMplsIp_ || lFibViaSetKey.viaType() == "
+              "Mpls::viaTypeExternalFec_");
+   const Mpls::LfibViaSet* viaSet = transitLfib_->viaSetPtr(key);
+   bool programmed = false;
+   const MplsL2AdjacencyPtr l2Before = l3Adj->l2Adjacency();
+   const ExternalFecInfoPtr fecBefore = l3Adj->extFecInfo();
+   const bool unprogrammedBefore = l3Adj->unprogrammed();
+   if (key.viaType() == Mpls::viaTypeExternalFec_) {
+      Mpls::LfibExtFecVia via = getAndValidateExtFecVia(vrf, key);
+      if (!(via == Mpls::LfibExtFecVia())) {
+         processExtFecL3Adj(vrf, l3Adj, key, via);
+         programmed = true;
+      } else {
+         cleanupL3AdjInfo(vrf, l3Adj, true, true);
+      }
+   } else {
+      Kor::Ptr<const CachedLFibMplsViaColl> vias =
+          viaSet ? getSaneMplsIpLFibVias(*viaSet) : nullptr;
+      bool valid = validateMplsIpL3Adj(vrf, viaSet, key, vias);
+      if (valid && viaSet->hasBackup() && !validateAndMaybeUpdateBackupAdjInfo(vrf, l3Adj, *viaSet)) {
+         valid = false;
+      }
+      // A backup relation exists only between FECs (a FEC names its backup FEC), so both sides
+      // of one go the FEC way; without FEC forwarding there is no way to program them.
+      bool inBackupRelation = valid && (viaSet->hasBackup() || l3Adj->primaryAdjs() > 0);
+      if (valid && inBackupRelation && !forwardingIntoExternalFecsSupported()) {
+         SM_DECISION(1, "lFib viaSet " << key
+                                       << " is in a backup relation, which needs forwarding into "
+                                          "FECs; skipping l3 adj");
+         valid = false;
+      }
+      if (valid && !inBackupRelation && findL3AdjLFibAdjType(vias.ptr()) != adjTypeRegular_ &&
+          !forwardingIntoExternalFecsSupported()) {
+         SM_DECISION(1, "lFib viaSet " << key
+                                       << " holds tunnel vias, which need forwarding into FECs; "
+                                          "skipping l3 adj");
+         valid = false;
+      }
+      if (valid && viaSet->hasBackup() && !vrf.lFibViaSetToFecIdHas(viaSet->backupViaSetKey())) {
+         SM_DECISION(1, "backup viaSet of " << key << " has no FEC yet, backing off");
+         valid = false;
+      }
+      if (!valid) {
+         cleanupL3AdjInfo(vrf, l3Adj, true, true);
+      } else if (inBackupRelation || shouldProcessAdjAsExtFec(key, *vias)) {
+         cleanupL3AdjInfo(vrf, l3Adj, true, false);
+         programmed = processMplsIpL3AdjAsExtFec(vrf, l3Adj, *viaSet, vias);
+      } else {
+         cleanupL3AdjInfo(vrf, l3Adj, false, true);
+         MplsL2AdjacencyPtr l2Adj = processMplsIpL3Adj(vrf, l3Adj, *viaSet, *vias);
+         if (l2Adj) {
+            SM_TRACE(1, "prog l2 adj " << l2Adj->index() << " in vrf " << vrf.vrfName());
+            progHwL2Adj(vrf.vrfName(), routingHwMplsStatus_->l2Adjacency(l2Adj->index()));
+            programmed = true;
+         } else {
+            SM_TRACE(1, "l3Adj " << index << " not resolved");
+         }
+      }
+   }
+   l3Adj->unprogrammedIs(!programmed);
+   if (auto hwAdj = routingHwMplsStatus_->adjacency(index)) {
+      hwAdj->unprogrammedIs(!programmed);
+   }
+   // The routes follow the adjacency only when what they are programmed through changed: an L2
+   // adjacency updated in place, or reprogrammed as it was, leaves every route as it is.
+   if (l3Adj->l2Adjacency() != l2Before || l3Adj->extFecInfo() != fecBefore ||
+       l3Adj->unprogrammed() != unprogrammedBefore || !programmed) {
+      l3AdjRoutesForReview(vrf, *l3Adj);
+   }
+   // Primaries that wait for this backup can go on now.
+   for (std::uint64_t primary : l3Adj->primaryAdjSet()) {
+      if (programmed) {
+         vrf.l3AdjForReviewIs(primary, true);
+      }
+   }
+}
+
+// ---- Validation.
+
+Kor::Ptr<const CachedLFibMplsViaColl> MplsSm::getSaneMplsIpLFibVias(
+    const Mpls::LfibViaSet& viaSet) const {
+   auto cache = Kor::make<CachedLFibMplsViaColl>();
+   bool sawNhg = false;
+   bool sawTunnel = false;
+   bool sawRegular = false;
+   const Mpls::LfibMplsVia* firstTunnelVia = nullptr;
+   Mpls::LfibMplsVia firstTunnel;
+   auto reject = [&](const Mpls::LfibMplsVia& via) -> Kor::Ptr<const CachedLFibMplsViaColl> {
+      SM_TRACE(1, "Unsupported lFib Adj " << via);
+      return nullptr;
+   };
+   for (std::uint32_t position = 0; position < viaSet.vias(); ++position) {
+      Mpls::LfibViaIndexRange index(position);
+      const Mpls::LfibViaKey& viaKey = viaSet.via(index);
+      if (viaKey.viaType() != Mpls::viaTypeMplsIp_) {
+         SM_DECISION(1, "Via " << position << " ViaType " << viaKey.viaType() << " is not mplsIp");
+         return reject(Mpls::LfibMplsVia());
+      }
+      Mpls::LfibMplsVia via = transitLfib_->mplsVia(viaKey);
+      if (via == Mpls::LfibMplsVia()) {
+         SM_DECISION(1, "LfibMplsVia index " << position << ", source " << viaKey
+                                             << " was not found");
+         return reject(via);
+      }
+      if (via.labelStack().stackSize() > 1) {
+         SM_DECISION(1, "Vias with more than one label is not supported");
+         return reject(via);
+      }
+      ViaKind kind = viaKind(via.intf());
+      if ((kind == ViaKind::nexthopGroup && sawTunnel) ||
+          (kind == ViaKind::dynamicTunnel && sawNhg)) {
+         SM_DECISION(1, "Mix of dynamic tunnel and NHG via is not supported");
+         return reject(via);
+      }
+      bool tunnel = kind != ViaKind::regular;
+      if ((tunnel && sawRegular) || (!tunnel && (sawNhg || sawTunnel))) {
+         SM_DECISION(1, "Mix of tunnel and non-tunnel via is not supported");
+         return reject(via);
+      }
+      if (kind == ViaKind::nexthopGroup && sawNhg) {
+         SM_DECISION(1, "Only one NHG via is supported now");
+         return reject(via);
+      }
+      if (kind == ViaKind::dynamicTunnel) {
+         if (!firstTunnelVia) {
+            firstTunnel = via;
+            firstTunnelVia = &firstTunnel;
+         } else if (via.labelAction() != firstTunnel.labelAction()) {
+            SM_DECISION(1, "Adjacencies of dynamic tunnel should have the samelabel action. The "
+                           "conflicting labelActions are: "
+                               << firstTunnel.labelAction() << " and " << via.labelAction());
+            return reject(via);
+         } else if (via.payloadType() != firstTunnel.payloadType()) {
+            SM_DECISION(1, "Adjacencies of dynamic tunnel should have the samepayloadTypes. The "
+                           "conflicting payloadTypes are: "
+                               << firstTunnel.payloadType() << " and " << via.payloadType());
+            return reject(via);
+         }
+      }
+      sawNhg |= kind == ViaKind::nexthopGroup;
+      sawTunnel |= kind == ViaKind::dynamicTunnel;
+      sawRegular |= kind == ViaKind::regular;
+      cache->viaIs(index, via);
+   }
+   return cache;
+}
+
+bool MplsSm::isLFibViaSetSane(const Mpls::LfibViaSet& viaSet) const {
+   if (viaSet.key().viaType() != Mpls::viaTypeMplsIp_) {
+      return true;  // only MPLS-IP sets carry vias that this test looks into
+   }
+   return getSaneMplsIpLFibVias(viaSet) != nullptr;
+}
+
+bool MplsSm::validateMplsIpL3Adj(VrfMplsState&, const Mpls::LfibViaSet* viaSet,
+                                 const Mpls::LfibViaSetKey& key,
+                                 const Kor::Ptr<const CachedLFibMplsViaColl>& vias) {
+   FAL_ASSERT(key.viaType() == Mpls::viaTypeMplsIp_, "lFibViaSetKey.viaType() == Mpls::viaTypeMplsIp_");
+   if (!viaSet) {
+      SM_DECISION(1, "lFib viaSet idx " << key.index() << " viaType " << key.viaType()
+                                        << " deleted");
+      return false;
+   }
+   if (!vias) {
+      SM_DECISION(1, "LFib via set " << key << ", type " << key.viaType() << " is not sane");
+      return false;
+   }
+   if (viaSet->vias() == 0) {
+      SM_DECISION(1, "LFib via set " << key << ", type " << key.viaType() << " has no vias");
+      return false;
+   }
+   SM_TRACE(1, " via size " << viaSet->vias());
+   return true;
+}
+
+L3AdjLFibAdjType MplsSm::findL3AdjLFibAdjType(const CachedLFibMplsViaColl* vias) {
+   if (!vias) {
+      return adjTypeUnknown_;
+   }
+   if (hasDynamicTunnelAdj(*vias)) {
+      return adjTypeDynamicTunnel_;
+   }
+   if (hasNHGAdj(*vias)) {
+      return adjTypeNexthopGroup_;
+   }
+   return adjTypeRegular_;
+}
+
+bool MplsSm::hasNHGAdj(const CachedLFibMplsViaColl& vias) {
+   for (const auto& [position, via] : vias.viaMap()) {
+      if (Wire::FecIdIntfId::isNexthopGroupIdIntfId(via.intf())) {
+         return true;
+      }
+   }
+   return false;
+}
+
+bool MplsSm::hasDynamicTunnelAdj(const CachedLFibMplsViaColl& vias) {
+   for (const auto& [position, via] : vias.viaMap()) {
+      if (Wire::DynamicTunnelIntfId::isDynamicTunnelIntfId(via.intf())) {
+         return true;
+      }
+   }
+   return false;
+}
+
+bool MplsSm::shouldProcessAdjAsExtFec(const Mpls::LfibViaSetKey& key,
+                                      const CachedLFibMplsViaColl& vias) const {
+   FAL_ASSERT(key.viaType() == Mpls::viaTypeMplsIp_, "lFibViaSetKey.viaType() == Mpls::viaTypeMplsIp_");
+   if (!forwardingIntoExternalFecsSupported()) {
+      SM_TRACE(1, "Fwd into external fecs is not supported, process with MplsHwConfig");
+      return false;
+   }
+   L3AdjLFibAdjType type = findL3AdjLFibAdjType(&vias);
+   if (type == adjTypeDynamicTunnel_ || type == adjTypeNexthopGroup_ ||
+       static_cast<unsigned>(key.source()) == kFecForwardedViaSetSource) {
+      SM_TRACE(1, "Process as ext fec");
+      return true;
+   }
+   SM_TRACE(1, "Process with MplsHwConfig");
+   return false;
+}
+
+Mpls::LfibExtFecVia MplsSm::getAndValidateExtFecVia(VrfMplsState&,
+                                                    const Mpls::LfibViaSetKey& key) const {
+   FAL_ASSERT(key.viaType() == Mpls::viaTypeExternalFec_,
+              "lFibViaSetKey.viaType() == Mpls::viaTypeExternalFec_");
+   const Mpls::LfibViaSet* viaSet = transitLfib_->viaSetPtr(key);
+   if (!viaSet) {
+      SM_DECISION(1, "lFib viaSet idx " << key.index() << " viaType " << key.viaType()
+                                        << " deleted");
+      return {};
+   }
+   if (!forwardingIntoExternalFecsSupported()) {
+      SM_DECISION(1, "External FEC not supported on this platform; skipping l3 adj");
+      return {};
+   }
+   if (viaSet->vias() != 1) {
+      SM_DECISION(1, "lFib viaSet " << key << " has " << viaSet->vias()
+                                    << " vias, but should only have one; skipping l3 adj");
+      return {};
+   }
+   const Mpls::LfibViaKey& viaKey = viaSet->via(Mpls::LfibViaIndexRange(0));
+   if (viaKey.viaType() != Mpls::viaTypeExternalFec_) {
+      SM_DECISION(1, "lFib via idx " << viaKey.index() << " is viaType " << viaKey.viaType()
+                                     << " instead of externalFec; skipping l3 adj");
+      return {};
+   }
+   Mpls::LfibExtFecVia via = transitLfib_->extFecVia(viaKey);
+   if (via == Mpls::LfibExtFecVia()) {
+      SM_DECISION(1, "lFib via idx " << viaKey.index() << " not found; skipping l3 adj");
+      return {};
+   }
+   if (!via.fecId().isValid()) {
+      SM_DECISION(1, "lFib via idx " << viaKey.index()
+                                     << " has invalid external FecId; skipping l3 adj");
+      return {};
+   }
+   return via;
+}
+
+// ---- The FEC way.
+
+void MplsSm::processExtFecL3Adj(VrfMplsState& vrf, const L3AdjacencyPtr& l3Adj,
+                                const Mpls::LfibViaSetKey& key,
+                                const Mpls::LfibExtFecVia& extFecVia) {
+   FAL_ASSERT(forwardingIntoExternalFecsSupported(), "forwardingIntoExternalFecsSupported()");
+   FAL_ASSERT(extFecVia.fecId().isValid(), "fecId.isValid()");
+   cleanupL3AdjInfo(vrf, l3Adj, true, false);
+   l3Adj->labelActionIs(extFecVia.labelAction());
+   requestHwFecIdAndUpdateDependencyMaps(extFecVia.fecId(), Memtab::Fib::Fec(), vrf, l3Adj, key);
+}
+
+bool MplsSm::processMplsIpL3AdjAsExtFec(VrfMplsState& vrf, const L3AdjacencyPtr& l3Adj,
+                                        const Mpls::LfibViaSet& viaSet,
+                                        const Kor::Ptr<const CachedLFibMplsViaColl>& vias) {
+   if (findL3AdjLFibAdjType(vias.ptr()) == adjTypeNexthopGroup_) {
+      FAL_ASSERT(vias->vias() == 1, "mplsVias->vias() == 1");
+      FAL_ASSERT(Wire::FecIdIntfId::isNexthopGroupIdIntfId(vias->viaMap().begin()->second.intf()),
+                 "Wire::FecIdIntfId::isNexthopGroupIdIntfId( intf )");
+   }
+   Memtab::Fib::FecId backupFecId;
+   if (viaSet.hasBackup()) {
+      FAL_ASSERT(vrf.lFibViaSetToFecIdHas(viaSet.backupViaSetKey()),
+                 "vrfMplsState->lFibViaSetToFecIdHas( backupViaSetKey )");
+      backupFecId = vrf.lFibViaSetToFecId(viaSet.backupViaSetKey());
+   }
+   const auto& first = vias->viaMap().begin()->second;
+   l3Adj->labelActionIs(first.labelAction());
+   l3Adj->payloadTypeIs(first.payloadType());
+   if (auto hwAdj = routingHwMplsStatus_->adjacency(l3Adj->index())) {
+      setHwAdjacencyVias(*hwAdj, *vias);
+   }
+   Memtab::Fib::FecId fecId = getOrAllocateMplsV4FecId(viaSet.key(), vrf);
+   Memtab::Fib::Fec fec = createMplsV4Fec(fecId, *vias, backupFecId);
+   requestHwFecIdAndUpdateDependencyMaps(fecId, fec, vrf, l3Adj, viaSet.key());
+   return true;
+}
+
+// ---- Backups.
+
+bool MplsSm::validateAndMaybeUpdateBackupAdjInfo(VrfMplsState& vrf, const L3AdjacencyPtr& l3Adj,
+                                                 const Mpls::LfibViaSet& viaSet) {
+   const Mpls::LfibViaSetKey& key = viaSet.key();
+   const Mpls::LfibViaSetKey& backupKey = viaSet.backupViaSetKey();
+   if (!transitLfib_->viaSetHas(key)) {
+      SM_DECISION(1, "lFib viaSet idx " << key.index() << " viaType " << key.viaType()
+                                        << " deleted");
+      return false;
+   }
+   const Mpls::LfibViaSet* backupSet = transitLfib_->viaSetPtr(backupKey);
+   if (!backupSet) {
+      SM_DECISION(1, "backup viaSet idx " << backupKey.index() << " viaType " << backupKey.viaType()
+                                          << " missing from lfib");
+      return false;
+   }
+   if (backupSet->hasBackup()) {
+      // A backup of a backup is not something the hardware can express; skip the set.
+      SM_DECISION(1, "backup viaSet idx " << backupKey.index() << " viaType "
+                                          << backupKey.viaType() << " has a backup of its own");
+      return false;
+   }
+   L3AdjacencyPtr backupAdj = vrf.lFibViaSetToL3AdjHas(backupKey)
+                                  ? vrf.l3Adjacency(vrf.lFibViaSetToL3Adj(backupKey))
+                                  : nullptr;
+   if (!backupAdj) {
+      backupAdj = newL3Adjacency(vrf);
+      backupAdj->lFibViaSetKeyIs(backupKey);
+      vrf.lFibViaSetToL3AdjIs(backupKey, backupAdj->index());
+      // Linked at once so that the backup is kept while it waits for its review.
+      backupAdj->primaryAdjIs(l3Adj->index());
+      l3Adj->backupAdjIs(backupAdj);
+      vrf.l3AdjForReviewIs(backupAdj->index(), true);
+      SM_DECISION(1, "backup viaSet idx " << backupKey.index() << " viaType " << backupKey.viaType()
+                                          << " not yet up for review, kicking off review and "
+                                             "backing off");
+      vrf.l3AdjForReviewIs(l3Adj->index(), true);
+      return false;
+   }
+   if (vrf.l3AdjForReview(backupAdj->index())) {
+      SM_DECISION(1, "backup viaSet idx " << backupKey.index() << " viaType " << backupKey.viaType()
+                                          << " waiting to be reviewed, backing off until reviewed");
+      if (l3Adj->backupAdj() != backupAdj) {
+         if (l3Adj->backupAdj()) {
+            l3Adj->backupAdj()->primaryAdjDel(l3Adj->index());
+         }
+         backupAdj->primaryAdjIs(l3Adj->index());
+         l3Adj->backupAdjIs(backupAdj);
+      }
+      vrf.l3AdjForReviewIs(l3Adj->index(), true);
+      return false;
+   }
+   if (l3Adj->backupAdj() == backupAdj) {
+      FAL_ASSERT(l3Adj->backupAdj()->lFibViaSetKey() == backupKey,
+                 "l3Adj->backupAdj()->lFibViaSetKey() == backupLFibViaSetKey");
+   } else {
+      if (l3Adj->backupAdj()) {
+         L3AdjacencyPtr old = l3Adj->backupAdj();
+         old->primaryAdjDel(l3Adj->index());
+         vrf.l3AdjForReviewIs(old->index(), true);
+      }
+      l3Adj->backupAdjIs(backupAdj);
+      backupAdj->primaryAdjIs(l3Adj->index());
+   }
+   return true;
+}
+
+// ---- The toggle.
+
+bool MplsSm::inPlaceAdjacencyUpdateSupported() {
+   if (!(inPlaceToggleWord_ & Log::toggleValidBit)) {
+      inPlaceToggleWord_ = Log::getToggleState("InPlaceMplsAdjacencyUpdate", true);
+   }
+   return (inPlaceToggleWord_ & Log::toggleStateBit) != 0;
+}
+
+void MplsSm::setHwAdjacencyVias(Mpls::Hardware::Adjacency& hwL3Adj,
+                                const CachedLFibMplsViaColl& vias) {
+   // The L3 view of each via as it stands in the LFIB; the layer-2 half is filled in by next-hop
+   // resolution for the vias that resolve.
+   hwL3Adj.viaDelAll();
+   for (const auto& [position, via] : vias.viaMap()) {
+      Mpls::Hardware::Via hwVia;
+      hwVia.nextHopIs(via.nextHop());
+      hwVia.labelStackIs(via.labelStack());
+      hwVia.l3IntfIs(via.intf());
+      hwL3Adj.viaIs(hwVia, true);
+   }
+}
+
+}  // namespace Fal

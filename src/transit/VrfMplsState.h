@@ -1,0 +1,205 @@
+#pragma once
+
+#include <cstdint>
+#include <limits>
+
+#include <mplsfwd/kor/AttrOps.h>
+#include <mplsfwd/kor/Collections.h>
+#include <mplsfwd/kor/Entity.h>
+#include <mplsfwd/l3/VrfName.h>
+
+#include "AdjacencyObjects.h"
+#include "MplsRoute.h"
+
+namespace Fal {
+
+// Everything the transit machine knows about one VRF with MPLS routing: its routes, the
+// adjacencies and next hops they use, the work queued for the next review and the review's
+// counters. Owned by Fal::MplsSm, one per VRF name (in practice only the default VRF). The owned
+// collections hold counted references; the review sets hold keys and indices only. Lookups of
+// absent keys return null.
+class VrfMplsState : public Kor::Entity {
+public:
+   template <class K, class V>
+   using Map = Kor::HashMap<K, V>;
+   template <class K>
+   using Set = Kor::HashSet<K>;
+
+   explicit VrfMplsState(const L3::VrfName& vrfName);
+   ~VrfMplsState() override;
+
+   const L3::VrfName& vrfName() const { return vrfName_; }
+
+   // Owned collections: xIs(key) gets or creates.
+   Kor::Ptr<MplsRoute> route(const Mpls::RouteKey& k) const { return Kor::mapValueOr(route_, k); }
+   Kor::Ptr<MplsRoute> routeIs(const Mpls::RouteKey& k);
+   void routeDel(const Mpls::RouteKey& k) { route_.erase(k); }
+   void routeDelAll() { route_.clear(); }
+   std::size_t routes() const { return route_.size(); }
+   const Map<Mpls::RouteKey, Kor::Ptr<MplsRoute>>& routeMap() const { return route_; }
+
+   Kor::Ptr<MplsNextHop> mplsNextHop(const IpAddrIntfId& k) const {
+      return Kor::mapValueOr(mplsNextHop_, k);
+   }
+   Kor::Ptr<MplsNextHop> mplsNextHopIs(const IpAddrIntfId& k);
+   void mplsNextHopDel(const IpAddrIntfId& k) { mplsNextHop_.erase(k); }
+   std::size_t mplsNextHops() const { return mplsNextHop_.size(); }
+   const Map<IpAddrIntfId, Kor::Ptr<MplsNextHop>>& mplsNextHopMap() const { return mplsNextHop_; }
+
+   L3AdjacencyPtr l3Adjacency(std::uint64_t i) const { return Kor::mapValueOr(l3Adjacency_, i); }
+   L3AdjacencyPtr l3AdjacencyIs(std::uint64_t i);
+   void l3AdjacencyDel(std::uint64_t i) { l3Adjacency_.erase(i); }
+   std::size_t l3Adjacencies() const { return l3Adjacency_.size(); }
+   const Map<std::uint64_t, L3AdjacencyPtr>& l3AdjacencyMap() const { return l3Adjacency_; }
+
+   MplsL2AdjacencyPtr l2Adjacency(std::uint64_t i) const {
+      return Kor::mapValueOr(l2Adjacency_, i);
+   }
+   MplsL2AdjacencyPtr l2AdjacencyIs(std::uint64_t i);
+   void l2AdjacencyDel(std::uint64_t i) { l2Adjacency_.erase(i); }
+   std::size_t l2Adjacencies() const { return l2Adjacency_.size(); }
+   const Map<std::uint64_t, MplsL2AdjacencyPtr>& l2AdjacencyMap() const { return l2Adjacency_; }
+
+   ExternalFecInfoPtr extFecInfo(Memtab::Fib::FecId id) const {
+      return Kor::mapValueOr(extFecInfo_, id);
+   }
+   ExternalFecInfoPtr extFecInfoIs(Memtab::Fib::FecId id);
+   void extFecInfoDel(Memtab::Fib::FecId id) { extFecInfo_.erase(id); }
+   std::size_t extFecInfos() const { return extFecInfo_.size(); }
+   const Map<Memtab::Fib::FecId, ExternalFecInfoPtr>& extFecInfoMap() const { return extFecInfo_; }
+
+   // Plain maps.
+   bool lFibViaSetToL3AdjHas(const Mpls::LfibViaSetKey& k) const {
+      return lFibViaSetToL3Adj_.contains(k);
+   }
+   std::uint64_t lFibViaSetToL3Adj(const Mpls::LfibViaSetKey& k) const {
+      return Kor::mapValueOr(lFibViaSetToL3Adj_, k);
+   }
+   void lFibViaSetToL3AdjIs(const Mpls::LfibViaSetKey& k, std::uint64_t i) {
+      lFibViaSetToL3Adj_[k] = i;
+   }
+   void lFibViaSetToL3AdjDel(const Mpls::LfibViaSetKey& k) { lFibViaSetToL3Adj_.erase(k); }
+   const Map<Mpls::LfibViaSetKey, std::uint64_t>& lFibViaSetToL3AdjMap() const {
+      return lFibViaSetToL3Adj_;
+   }
+
+   // A zero id counts as absent.
+   bool lFibViaSetToFecIdHas(const Mpls::LfibViaSetKey& k) const {
+      return lFibViaSetToFecId(k).isValid();
+   }
+   Memtab::Fib::FecId lFibViaSetToFecId(const Mpls::LfibViaSetKey& k) const {
+      return Kor::mapValueOr(lFibViaSetToFecId_, k);
+   }
+   void lFibViaSetToFecIdIs(const Mpls::LfibViaSetKey& k, Memtab::Fib::FecId id) {
+      lFibViaSetToFecId_[k] = id;
+   }
+   void lFibViaSetToFecIdDel(const Mpls::LfibViaSetKey& k) { lFibViaSetToFecId_.erase(k); }
+   const Map<Mpls::LfibViaSetKey, Memtab::Fib::FecId>& lFibViaSetToFecIdMap() const {
+      return lFibViaSetToFecId_;
+   }
+
+   // Review sets: xIs(key, true) inserts, xIs(key, false) removes.
+   bool routeKeyForPublish(const Mpls::RouteKey& k) const { return forPublish_.contains(k); }
+   void routeKeyForPublishIs(const Mpls::RouteKey& k, bool in) { setIs(forPublish_, k, in); }
+   Set<Mpls::RouteKey>& routeKeyForPublishSet() { return forPublish_; }
+   const Set<Mpls::RouteKey>& routeKeyForPublishSet() const { return forPublish_; }
+
+   bool routeKeyForReview(const Mpls::RouteKey& k) const { return forReview_.contains(k); }
+   void routeKeyForReviewIs(const Mpls::RouteKey& k, bool in) { setIs(forReview_, k, in); }
+   Set<Mpls::RouteKey>& routeKeyForReviewSet() { return forReview_; }
+   const Set<Mpls::RouteKey>& routeKeyForReviewSet() const { return forReview_; }
+
+   // Also true while the adjacency sits in the batch that the review is working through.
+   bool l3AdjForReview(std::uint64_t i) const {
+      return l3AdjForReview_.contains(i) || l3AdjInReview_.contains(i);
+   }
+   Set<std::uint64_t>& l3AdjInReviewBatch() { return l3AdjInReview_; }
+   void l3AdjForReviewIs(std::uint64_t i, bool in) { setIs(l3AdjForReview_, i, in); }
+   Set<std::uint64_t>& l3AdjForReviewSet() { return l3AdjForReview_; }
+   const Set<std::uint64_t>& l3AdjForReviewSet() const { return l3AdjForReview_; }
+
+   bool l2AdjForReview(std::uint64_t i) const { return l2AdjForReview_.contains(i); }
+   void l2AdjForReviewIs(std::uint64_t i, bool in) { setIs(l2AdjForReview_, i, in); }
+   Set<std::uint64_t>& l2AdjForReviewSet() { return l2AdjForReview_; }
+   const Set<std::uint64_t>& l2AdjForReviewSet() const { return l2AdjForReview_; }
+
+   bool l2AdjPendingForDelete(std::uint64_t i) const { return l2AdjPendingForDelete_.contains(i); }
+   void l2AdjPendingForDeleteIs(std::uint64_t i, bool in) {
+      setIs(l2AdjPendingForDelete_, i, in);
+   }
+   Set<std::uint64_t>& l2AdjPendingForDeleteSet() { return l2AdjPendingForDelete_; }
+   const Set<std::uint64_t>& l2AdjPendingForDeleteSet() const { return l2AdjPendingForDelete_; }
+
+   // Derived predicates deciding how soon the VRF is reviewed.
+   bool needReview() const {
+      return !forPublish_.empty() || !forReview_.empty() || !l3AdjForReview_.empty() ||
+             !l2AdjForReview_.empty() || !l2AdjPendingForDelete_.empty();
+   }
+   bool needReviewForUnprogrammedOnly() const { return !needReview() && numUnprogrammedRoute_ != 0; }
+   // Nothing left that a deletion of the state would lose.
+   bool empty() const {
+      return route_.empty() && mplsNextHop_.empty() && l3Adjacency_.empty() &&
+             l2Adjacency_.empty() && extFecInfo_.empty() && lFibViaSetToL3Adj_.empty() &&
+             lFibViaSetToFecId_.empty();
+   }
+
+#define MPLSFWD_VRF_COUNTER(type, name)                    \
+   type name() const { return name##_; }                   \
+   void name##Is(type v) { name##_ = v; }                  \
+   void name##Inc(type delta = 1) { name##_ += delta; }
+   MPLSFWD_VRF_COUNTER(std::uint64_t, numUnprogrammedRoute)
+   MPLSFWD_VRF_COUNTER(std::uint64_t, numUnprogrammedAdj)
+   MPLSFWD_VRF_COUNTER(std::uint64_t, vrfReviewCount)
+   MPLSFWD_VRF_COUNTER(std::uint64_t, routeKeyReviewed)
+   MPLSFWD_VRF_COUNTER(std::uint64_t, routeKeyPublished)
+   MPLSFWD_VRF_COUNTER(std::uint64_t, l3AdjReviewed)
+   MPLSFWD_VRF_COUNTER(std::uint64_t, l2AdjReviewed)
+   MPLSFWD_VRF_COUNTER(std::uint64_t, l2AdjDeleted)
+   MPLSFWD_VRF_COUNTER(std::uint64_t, unprogRouteRetried)
+   MPLSFWD_VRF_COUNTER(std::uint64_t, unprogAdjRetried)
+#undef MPLSFWD_VRF_COUNTER
+
+   double lastUnprogrammedReview() const { return lastUnprogrammedReview_; }
+   void lastUnprogrammedReviewIs(double t) { lastUnprogrammedReview_ = t; }
+   double unprogrammedRetryInterval() const { return unprogrammedRetryInterval_; }
+   void unprogrammedRetryIntervalIs(double t) { unprogrammedRetryInterval_ = t; }
+
+private:
+   template <class S, class K>
+   static void setIs(S& set, const K& k, bool in) {
+      if (in) {
+         set.insert(k);
+      } else {
+         set.erase(k);
+      }
+   }
+
+   L3::VrfName vrfName_;
+   Map<Mpls::RouteKey, Kor::Ptr<MplsRoute>> route_;
+   Map<IpAddrIntfId, Kor::Ptr<MplsNextHop>> mplsNextHop_;
+   Map<std::uint64_t, L3AdjacencyPtr> l3Adjacency_;
+   Map<std::uint64_t, MplsL2AdjacencyPtr> l2Adjacency_;
+   Map<Memtab::Fib::FecId, ExternalFecInfoPtr> extFecInfo_;
+   Map<Mpls::LfibViaSetKey, std::uint64_t> lFibViaSetToL3Adj_;
+   Map<Mpls::LfibViaSetKey, Memtab::Fib::FecId> lFibViaSetToFecId_;
+   Set<Mpls::RouteKey> forPublish_;
+   Set<Mpls::RouteKey> forReview_;
+   Set<std::uint64_t> l3AdjForReview_;
+   Set<std::uint64_t> l3AdjInReview_;
+   Set<std::uint64_t> l2AdjForReview_;
+   Set<std::uint64_t> l2AdjPendingForDelete_;
+   std::uint64_t numUnprogrammedRoute_ = 0;
+   std::uint64_t numUnprogrammedAdj_ = 0;
+   std::uint64_t vrfReviewCount_ = 0;
+   std::uint64_t routeKeyReviewed_ = 0;
+   std::uint64_t routeKeyPublished_ = 0;
+   std::uint64_t l3AdjReviewed_ = 0;
+   std::uint64_t l2AdjReviewed_ = 0;
+   std::uint64_t l2AdjDeleted_ = 0;
+   std::uint64_t unprogRouteRetried_ = 0;
+   std::uint64_t unprogAdjRetried_ = 0;
+   double lastUnprogrammedReview_ = 0.0;
+   double unprogrammedRetryInterval_ = 0.0;
+};
+
+}  // namespace Fal
