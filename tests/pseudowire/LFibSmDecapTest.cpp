@@ -1,0 +1,294 @@
+#include "LFibSmFixture.h"
+
+#include <mplsfwd/mpls/FibVia.h>
+
+namespace PwTest {
+namespace {
+
+class LFibSmDecapTest : public LFibSmTest {
+ protected:
+   void SetUp() override {
+      LFibSmTest::SetUp();
+      pw->localConnectorInfoIs(vlanPw(1), connector(1, 10, 1001));
+      pw->localConnectorInfoIs(vlanPw(2), connector(2, 20, 1002));
+      pwAdj(1, vlanPw(1));
+      pwAdj(2, vlanPw(2));
+      pwAdj(3, portPw(3));
+      start();
+   }
+};
+
+TEST_F(LFibSmDecapTest, PortPseudowireWritesItsDecapRecordAtOnceWithoutAnyFec) {
+   RequestWatch requests(req);
+   lfib->lfibRouteIs(pwRoute(300, 3));
+   EXPECT_EQ(decap->labelToPwDecapInfo(label(300)), FalPw::PwDecapInfo(label(300), portPw(3)));
+   EXPECT_EQ(requests.fecWrites + requests.requestWrites, 0);
+   EXPECT_EQ(allocated(), 0u);
+   EXPECT_TRUE(sm->labelToDecapInfo(label(300)));
+   EXPECT_EQ(ipStatus->lfibRoute(key(300)), pwRoute(300, 3));
+   EXPECT_TRUE(traced(": port pw"));
+   expectConsistent();
+
+   lfib->lfibRouteDel(key(300));
+   EXPECT_FALSE(decapped(300));
+   EXPECT_FALSE(sm->labelToDecapInfo(label(300)));
+   EXPECT_FALSE(ipStatus->lfibRouteHas(key(300)));
+   EXPECT_EQ(requests.fecWrites + requests.requestWrites, 0);
+   expectConsistent();
+}
+
+TEST_F(LFibSmDecapTest, VlanPseudowireIsDecapsulatedOnlyOnceTheHardwareFecIdArrives) {
+   lfib->lfibRouteIs(pwRoute(100, 1));
+   const FecId fecId = decapFecId(0);
+   EXPECT_EQ(sm->dstPortFecRequested(label(100)), fecId);
+   // The FEC hands the payload to the connector's internal VLAN, with no label and no action.
+   const Memtab::Fib::Fec fec = req->fec(fecId);
+   ASSERT_EQ(fec.vias(), 1u);
+   EXPECT_EQ(fec.via(0).vlanId(), Bridging::VlanId(1001));
+   EXPECT_EQ(fec.via(0).labelStack().labelStack(0), Wire::MplsLabel::noLabel());
+   EXPECT_EQ(fec.via(0).labelAction(), Wire::MplsLabelAction::none);
+   EXPECT_EQ(req->hwFecIdRequest(fecId), Fal::HwFecIdRequest(fecId));
+   // Not before the answer.
+   EXPECT_FALSE(decapped(100));
+   EXPECT_EQ(ipStatus->lfibRoute(key(100)), pwRoute(100, 1));
+   EXPECT_TRUE(traced(": vlan pw decapConnector(parent=Ethernet1, dot1q=10, intVlan=1001)"));
+   expectConsistent();
+
+   answer(fecId);
+   EXPECT_EQ(decap->labelToPwDecapInfo(label(100)), FalPw::PwDecapInfo(label(100), vlanPw(1)));
+   expectConsistent();
+}
+
+TEST_F(LFibSmDecapTest, SecondRouteWithTheSameTopLabelAllocatesNothing) {
+   lfib->lfibRouteIs(pwRoute(100, 1));
+   answer(decapFecId(0));
+   RequestWatch requests(req);
+   DecapWatch records(decap);
+
+   // The route comes again with another metric, then through another adjacency of the same
+   // pseudowire.
+   lfib->lfibRouteIs(pwRoute(100, 1, 20));
+   pwAdj(11, vlanPw(1));
+   lfib->lfibRouteIs(pwRoute(100, 11));
+
+   EXPECT_EQ(sm->dstPortFecRequested(label(100)), decapFecId(0));
+   EXPECT_EQ(allocated(), 1u);
+   EXPECT_EQ(sm->numAllocatorStatus()->highWaterMark(), 1u);
+   EXPECT_EQ(requests.fecWrites + requests.requestWrites, 0);
+   EXPECT_TRUE(records.labels.empty());
+   EXPECT_TRUE(traced(": cachedFecId:"));
+   EXPECT_EQ(ipStatus->lfibRoute(key(100)), pwRoute(100, 11));
+   expectConsistent();
+}
+
+TEST_F(LFibSmDecapTest, DeletionBeforeTheAnswerFreesTheFecAtOnceButNotForReuseWithinTenSeconds) {
+   lfib->lfibRouteIs(pwRoute(100, 1));
+   lfib->lfibRouteDel(key(100));
+
+   EXPECT_TRUE(req->fecMap().empty());
+   EXPECT_TRUE(req->hwFecIdRequestMap().empty());
+   EXPECT_EQ(allocated(), 0u);
+   EXPECT_EQ(sm->numAllocatorStatus()->quarantined(), 1u);
+   EXPECT_EQ(sm->fecIdToDecapInfos(), 0u);
+   EXPECT_EQ(sm->pwIntfIdToFecIds(), 0u);
+   EXPECT_TRUE(traced(": immediate free of labelFecId"));
+   EXPECT_FALSE(ipStatus->lfibRouteHas(key(100)));
+   expectConsistent();
+
+   // Just short of the quarantine, the freed index is not handed out again.
+   loop->advance(9.9);
+   lfib->lfibRouteIs(pwRoute(101, 2));
+   EXPECT_EQ(sm->dstPortFecRequested(label(101)), decapFecId(1));
+   loop->advance(0.1);
+   lfib->lfibRouteIs(pwRoute(102, 1));
+   EXPECT_EQ(sm->dstPortFecRequested(label(102)), decapFecId(0));
+   expectConsistent();
+}
+
+TEST_F(LFibSmDecapTest, DeletionAfterTheAnswerFreesTheFecOnlyWhenTheAnswerIsWithdrawn) {
+   lfib->lfibRouteIs(pwRoute(100, 1));
+   const FecId fecId = decapFecId(0);
+   answer(fecId);
+   lfib->lfibRouteDel(key(100));
+
+   // The request and the decap record go at once; the index stays taken while the platform
+   // still knows the FEC, however long that is.
+   EXPECT_TRUE(req->hwFecIdRequestMap().empty());
+   EXPECT_TRUE(req->fecMap().empty());
+   EXPECT_FALSE(decapped(100));
+   EXPECT_TRUE(traced(": deleting hw fec request:"));
+   loop->advance(60.0);
+   EXPECT_TRUE(sm->numAllocator()->isAllocated(0));
+   EXPECT_EQ(sm->fecIdToDecapInfo(fecId), FalPw::PwDecapInfo(label(100), vlanPw(1)));
+   expectConsistent();
+
+   withdraw(fecId);
+   EXPECT_FALSE(sm->numAllocator()->isAllocated(0));
+   EXPECT_EQ(sm->numAllocatorStatus()->quarantined(), 1u);
+   EXPECT_EQ(sm->fecIdToDecapInfos(), 0u);
+   EXPECT_TRUE(traced(": deleting from decapInfoTable"));
+   expectConsistent();
+
+   lfib->lfibRouteIs(pwRoute(101, 1));
+   EXPECT_EQ(sm->dstPortFecRequested(label(101)), decapFecId(1));
+   loop->advance(10.0);
+   lfib->lfibRouteIs(pwRoute(102, 1));
+   EXPECT_EQ(sm->dstPortFecRequested(label(102)), decapFecId(0));
+   expectConsistent();
+}
+
+TEST_F(LFibSmDecapTest, LabelBackBeforeTheOldAnswerIsWithdrawnKeepsItsNewRecord) {
+   lfib->lfibRouteIs(pwRoute(100, 1));
+   answer(decapFecId(0));
+   lfib->lfibRouteDel(key(100));
+   lfib->lfibRouteIs(pwRoute(100, 1));
+   EXPECT_EQ(sm->dstPortFecRequested(label(100)), decapFecId(1));
+   answer(decapFecId(1));
+   ASSERT_TRUE(decapped(100));
+
+   // The old FEC's answer goes: the old index is freed, the label's new record stays.
+   withdraw(decapFecId(0));
+   EXPECT_TRUE(decapped(100));
+   EXPECT_FALSE(sm->numAllocator()->isAllocated(0));
+   EXPECT_EQ(allocated(), 1u);
+   expectConsistent();
+}
+
+TEST_F(LFibSmDecapTest, PlatformAnsweringFromInsideTheRequestIsHandledWithoutDoubleFree) {
+   ImmediateFecIdService platform(req, resp);
+   lfib->lfibRouteIs(pwRoute(100, 1));
+   EXPECT_EQ(decap->labelToPwDecapInfo(label(100)), FalPw::PwDecapInfo(label(100), vlanPw(1)));
+   expectConsistent();
+
+   lfib->lfibRouteDel(key(100));
+   EXPECT_FALSE(decapped(100));
+   EXPECT_EQ(allocated(), 0u);
+   EXPECT_EQ(sm->numAllocatorStatus()->quarantined(), 1u);
+   expectConsistent();
+}
+
+TEST_F(LFibSmDecapTest, AnswerLostWhileRequestedRemovesTheRecordUntilAnsweredAgain) {
+   lfib->lfibRouteIs(pwRoute(100, 1));
+   answer(decapFecId(0));
+   withdraw(decapFecId(0));
+   EXPECT_FALSE(decapped(100));
+   // The FEC is still wanted: nothing is freed, the request stands.
+   EXPECT_TRUE(sm->numAllocator()->isAllocated(0));
+   EXPECT_EQ(req->hwFecIdRequest(decapFecId(0)), Fal::HwFecIdRequest(decapFecId(0)));
+   expectConsistent();
+   answer(decapFecId(0), 778);
+   EXPECT_TRUE(decapped(100));
+   expectConsistent();
+}
+
+TEST_F(LFibSmDecapTest, AnswerToAFecNeverRequestedIsTracedAndIgnored) {
+   answer(decapFecId(55));
+   withdraw(decapFecId(55));
+   EXPECT_TRUE(traced("no request for fecId"));
+   EXPECT_EQ(decap->labelToPwDecapInfos(), 0u);
+   EXPECT_EQ(allocated(), 0u);
+   expectConsistent();
+}
+
+TEST_F(LFibSmDecapTest, RouteWhoseAdjacencyAppearsLaterIsInstalledThen) {
+   lfib->lfibRouteIs(pwRoute(100, 7));
+   lfib->lfibRouteIs(pwRoute(101, 7));
+   EXPECT_TRUE(traced("doesn't exist in Regdb"));
+   EXPECT_EQ(sm->pwNonExistingAdj(7), (Fal::LFibSm::RouteKeySet{key(100), key(101)}));
+   // Nothing is allocated or copied while the adjacency is missing.
+   EXPECT_EQ(allocated(), 0u);
+   EXPECT_FALSE(decapped(100));
+   EXPECT_FALSE(ipStatus->lfibRouteHas(key(100)));
+   expectConsistent();
+
+   pwAdj(8, portPw(8));  // another adjacency wakes nobody
+   EXPECT_EQ(sm->pwNonExistingAdjs(), 1u);
+
+   pwAdj(7, portPw(7));
+   EXPECT_TRUE(traced("index found in pwNonExistingAdj"));
+   EXPECT_EQ(sm->pwNonExistingAdjs(), 0u);
+   EXPECT_EQ(decap->labelToPwDecapInfo(label(100)), FalPw::PwDecapInfo(label(100), portPw(7)));
+   EXPECT_EQ(decap->labelToPwDecapInfo(label(101)), FalPw::PwDecapInfo(label(101), portPw(7)));
+   EXPECT_EQ(ipStatus->lfibRoute(key(101)), pwRoute(101, 7));
+   expectConsistent();
+}
+
+TEST_F(LFibSmDecapTest, WaitingRouteThatGoesLeavesNothingWaiting) {
+   lfib->lfibRouteIs(pwRoute(100, 7));
+   lfib->lfibRouteDel(key(100));
+   EXPECT_EQ(sm->pwNonExistingAdjs(), 0u);
+   pwAdj(7, portPw(7));
+   EXPECT_FALSE(decapped(100));
+   expectConsistent();
+}
+
+TEST_F(LFibSmDecapTest, AdjacencyChangesReachTheRoutesThatUseIt) {
+   lfib->lfibRouteIs(pwRoute(100, 1));
+   answer(decapFecId(0));
+   ASSERT_TRUE(decapped(100));
+
+   // The adjacency now names a port pseudowire: the VLAN state goes first, then the port record.
+   pwAdj(1, portPw(4));
+   EXPECT_EQ(decap->labelToPwDecapInfo(label(100)), FalPw::PwDecapInfo(label(100), portPw(4)));
+   EXPECT_TRUE(req->hwFecIdRequestMap().empty());
+   withdraw(decapFecId(0));
+   EXPECT_EQ(decap->labelToPwDecapInfo(label(100)), FalPw::PwDecapInfo(label(100), portPw(4)));
+   expectConsistent();
+
+   // The adjacency goes: the route waits for it again, with nothing installed.
+   lfib->lfibPwAdjacencyDel(1);
+   EXPECT_FALSE(decapped(100));
+   EXPECT_FALSE(ipStatus->lfibRouteHas(key(100)));
+   EXPECT_EQ(sm->pwNonExistingAdj(1), Fal::LFibSm::RouteKeySet{key(100)});
+   pwAdj(1, vlanPw(2));
+   EXPECT_EQ(req->fec(sm->dstPortFecRequested(label(100))).via(0).vlanId(), Bridging::VlanId(1002));
+   expectConsistent();
+}
+
+TEST_F(LFibSmDecapTest, RouteMovedToAnotherVlanPseudowireGetsAFreshFec) {
+   lfib->lfibRouteIs(pwRoute(100, 1));
+   answer(decapFecId(0));
+   lfib->lfibRouteIs(pwRoute(100, 2));
+   // Delete first: the old FEC waits for its answer to go, the new one is requested.
+   EXPECT_EQ(sm->dstPortFecRequested(label(100)), decapFecId(1));
+   EXPECT_FALSE(decapped(100));
+   EXPECT_FALSE(sm->pwIntfIdToFecId(vlanPw(1)));
+   EXPECT_TRUE(sm->pwIntfIdToFecId(vlanPw(2))->fecId(decapFecId(1)));
+   expectConsistent();
+   answer(decapFecId(1));
+   withdraw(decapFecId(0));
+   EXPECT_EQ(decap->labelToPwDecapInfo(label(100)), FalPw::PwDecapInfo(label(100), vlanPw(2)));
+   EXPECT_EQ(allocated(), 1u);
+   expectConsistent();
+}
+
+TEST_F(LFibSmDecapTest, RouteThatStopsEndingAPseudowireLosesItsDecapStateButStaysCopied) {
+   lfib->lfibRouteIs(pwRoute(300, 3));
+   lfib->lfibRouteIs(mplsRoute(300, 5));
+   EXPECT_FALSE(decapped(300));
+   EXPECT_FALSE(sm->labelToDecapInfo(label(300)));
+   EXPECT_EQ(ipStatus->lfibRoute(key(300)), mplsRoute(300, 5));
+   expectConsistent();
+}
+
+TEST_F(LFibSmDecapTest, AdjacencyNamingNoPseudowireIsTracedAndSkipped) {
+   pwAdj(9, Wire::IntfId::ethernet(9));
+   lfib->lfibRouteIs(pwRoute(900, 9));
+   EXPECT_TRUE(traced("is not a pseudowire, decap skipped"));
+   EXPECT_FALSE(decapped(900));
+   EXPECT_EQ(allocated(), 0u);
+   EXPECT_EQ(ipStatus->lfibRoute(key(900)), pwRoute(900, 9));
+   expectConsistent();
+}
+
+TEST_F(LFibSmDecapTest, FreeingAFecThatIsStillRequestedIsAProgrammingError) {
+   lfib->lfibRouteIs(pwRoute(100, 1));
+   EXPECT_DEATH(sm->freeDecapFecId(decapFecId(0)),
+                "dstPortToHwFecIdRequest\\(\\)->hwFecIdRequest\\( fecId \\) == "
+                "Fal::HwFecIdRequest\\(\\)");
+   EXPECT_DEATH(sm->freeDecapFecId(FecId::fecIdForAdjType(Memtab::Fib::AdjType::fibAdj_, 1)),
+                "fecId.adjType\\(\\) == Memtab::Fib::AdjType::pwDecapAdj_");
+}
+
+}  // namespace
+}  // namespace PwTest
