@@ -1,0 +1,75 @@
+// Fal::MplsDecapSm: the routes that the helper refused, listed in the LFIB hardware status for
+// operators and other agents, and retried from scratch every retry interval while any is listed.
+#include <mplsfwd/log/Assert.h>
+#include <mplsfwd/log/Trace.h>
+
+#include "FalMplsDecapSm.h"
+
+namespace Fal {
+
+namespace {
+Log::Trace decapTrace("MplsDecapSm");
+}
+
+void MplsDecapSm::addRouteToUnprogrammed(const Mpls::RouteKey& routeKey,
+                                         Mpls::LfibHwProgrammingReturnCode rc) {
+   FAL_ASSERT(initialized(), "initialized()");
+   TRACE8(decapTrace, "addRouteToUnprogrammed"
+                          << " route " << routeKey << " reason " << static_cast<unsigned>(rc));
+   // The newest reason replaces an older one. The review is scheduled by whoever ran this.
+   lfibHwStatus_->unprogrammedRouteIs(Mpls::RouteInfo(routeKey, rc));
+}
+
+void MplsDecapSm::deleteRouteFromUnprogrammed(const Mpls::RouteKey& routeKey) {
+   FAL_ASSERT(initialized(), "initialized()");
+   if (lfibHwStatus_->unprogrammedRouteMap().empty()) {
+      TRACE9(decapTrace, "No unprogrammed routes, nothing to delete");
+      return;
+   }
+   lfibHwStatus_->unprogrammedRouteDel(routeKey);
+}
+
+// A pending review is never pushed back: new failures wait for the review already planned.
+void MplsDecapSm::maybeScheduleUnprogrammedReview() {
+   TRACE8(decapTrace, "maybeScheduleUnprogrammedReview");
+   FAL_ASSERT(initialized(), "initialized()");
+   if (lfibHwStatus_->unprogrammedRouteMap().empty()) {
+      TRACE8(decapTrace, "no unprogrammed routes, nothing to review");
+      return;
+   }
+   if (reviewUnprogrammed_->pending()) {
+      TRACE8(decapTrace, "unprogrammed review already scheduled");
+      return;
+   }
+   reviewUnprogrammed_->scheduleAfter(defaultUnprogrammedRetryInterval_);
+   MPLSFWD_TRACE_FAST(decapTrace, 5, "next unprogrammed review at " << reviewUnprogrammed_->time());
+}
+
+void MplsDecapSm::doReviewUnprogrammed() {
+   TRACE8(decapTrace, "doReviewUnprogrammed");
+   FAL_ASSERT(initialized(), "initialized()");
+   FAL_ASSERT(reviewUnprogrammed_, "task");
+   const auto& unprogrammed = lfibHwStatus_->unprogrammedRouteMap();
+   auto it = unprogrammed.begin();
+   while (it != unprogrammed.end()) {
+      const Mpls::RouteKey routeKey = it->first;
+      // Deletes whatever is programmed (which also takes the key off the list), then tries
+      // again; a new refusal puts the key back with the newest reason.
+      processRouteKey(routeKey);
+      reviewUnprogrammed_->taskWorkCountInc(1);
+      // By key, so that the key's own removal and re-insertion do not disturb the walk.
+      it = unprogrammed.upper_bound(routeKey);
+      if (it == unprogrammed.end()) {
+         maybeScheduleUnprogrammedReview();
+         return;
+      }
+      if (reviewUnprogrammed_->taskShouldYield()) {
+         // The next run starts again from the first listed key.
+         TRACE8(decapTrace, "doReviewUnprogrammed yielding");
+         reviewUnprogrammed_->scheduleAfter(defaultUnprogrammedRetryInterval_);
+         return;
+      }
+   }
+}
+
+}  // namespace Fal

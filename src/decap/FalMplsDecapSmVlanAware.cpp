@@ -1,0 +1,307 @@
+// Fal::MplsDecapSm: VLAN-aware EVPN routes, whose label is mapped once per dot1q tag of an LFIB
+// collection that many routes may share and that changes tag by tag on its own.
+#include <tuple>
+#include <vector>
+
+#include <mplsfwd/log/Assert.h>
+#include <mplsfwd/log/Trace.h>
+
+#include "FalMplsDecapSm.h"
+
+namespace Fal {
+
+namespace {
+
+Log::Trace decapTrace("MplsDecapSm");
+
+unsigned rcValue(Mpls::LfibHwProgrammingReturnCode rc) {
+   return static_cast<unsigned>(rc);
+}
+
+}  // namespace
+
+Kor::Ptr<VlanAwareDot1qTagVlanRouteKeySet> MplsDecapSm::vlanAwareDot1qTagVlanToRouteKeySetIs(
+    const Mpls::LfibDot1qTagToVlanKey& k) {
+   auto& set = vlanAwareDot1qTagVlanToRouteKeySet_[k];
+   if (!set) {
+      set = Kor::make<VlanAwareDot1qTagVlanRouteKeySet>(k);
+   }
+   return set;
+}
+
+Kor::Ptr<VlanAwareProgrammedRouteSet> MplsDecapSm::vlanAwareRouteKeyToDot1qTagVlanProgrammedIs(
+    const Mpls::RouteKey& k) {
+   auto& set = vlanAwareRouteKeyToDot1qTagVlanProgrammed_[k];
+   if (!set) {
+      set = Kor::make<VlanAwareProgrammedRouteSet>(k);
+   }
+   return set;
+}
+
+bool MplsDecapSm::vlanAwareFlood(const Mpls::RouteKey& routeKey) const {
+   return routeViaType(routeKey) == Mpls::viaTypeEvpnVlanAwareFlood_;
+}
+
+void MplsDecapSm::processEvpnVlanAwareVia(const Mpls::RouteKey& routeKey,
+                                          const Mpls::LfibViaKey& viaKey) {
+   TRACE8(decapTrace, "processEvpnVlanAwareVia"
+                          << " route " << routeKey << " via " << viaKey);
+   FAL_ASSERT(initialized(), "initialized()");
+   FAL_ASSERT(viaKey.viaType() == Mpls::viaTypeEvpnVlanAware_,
+              "viaKey.viaType() == Mpls::viaTypeEvpnVlanAware()");
+   const Mpls::LfibEvpnVlanAwareVia via = lfibStatus_->evpnVlanAwareVia(viaKey);
+   if (via == routeEvpnVlanAwareVia(routeKey)) {
+      MPLSFWD_TRACE_FAST(decapTrace, 5,
+                         "no via to program"
+                             << " route " << routeKey);
+      return;
+   }
+   createEvpnVlanAwareVia(routeKey, via);
+}
+
+void MplsDecapSm::processEvpnVlanAwareFloodVia(const Mpls::RouteKey& routeKey,
+                                               const Mpls::LfibViaKey& viaKey) {
+   TRACE8(decapTrace, "processEvpnVlanAwareFloodVia"
+                          << " route " << routeKey << " via " << viaKey);
+   FAL_ASSERT(initialized(), "initialized()");
+   FAL_ASSERT(viaKey.viaType() == Mpls::viaTypeEvpnVlanAwareFlood_,
+              "viaKey.viaType() == Mpls::viaTypeEvpnVlanAwareFlood()");
+   const Mpls::LfibEvpnVlanAwareFloodVia via = lfibStatus_->evpnVlanAwareFloodVia(viaKey);
+   if (via == routeEvpnVlanAwareFloodVia(routeKey)) {
+      MPLSFWD_TRACE_FAST(decapTrace, 5,
+                         "no via to program"
+                             << " route " << routeKey);
+      return;
+   }
+   createEvpnVlanAwareFloodVia(routeKey, via);
+}
+
+// The route is recorded before any helper call, whatever the helper answers, so that the next
+// processing of the key first deletes the tags that did get programmed.
+void MplsDecapSm::createEvpnVlanAwareVia(const Mpls::RouteKey& routeKey,
+                                         const Mpls::LfibEvpnVlanAwareVia& via) {
+   TRACE8(decapTrace, "createEvpnVlanAwareVia"
+                          << " route " << routeKey << " via " << via);
+   FAL_ASSERT(initialized(), "initialized()");
+   routeViaTypeIs(routeKey, Mpls::viaTypeEvpnVlanAware_);
+   if (auto it = routeEvpnVlanAwareVia_.find(routeKey); it != routeEvpnVlanAwareVia_.end()) {
+      FAL_ASSERT(it->second == via, "routeEvpnVlanAwareVia( routeKey ) == via");
+   } else {
+      routeEvpnVlanAwareViaIs(routeKey, via);
+   }
+   createVlanAwareMappings(routeKey, via.dot1qTagToVlanKey(), false, "createEvpnVlanAwareVia");
+}
+
+void MplsDecapSm::createEvpnVlanAwareFloodVia(const Mpls::RouteKey& routeKey,
+                                              const Mpls::LfibEvpnVlanAwareFloodVia& via) {
+   TRACE8(decapTrace, "createEvpnVlanAwareFloodVia"
+                          << " route " << routeKey << " via " << via);
+   FAL_ASSERT(initialized(), "initialized()");
+   routeViaTypeIs(routeKey, Mpls::viaTypeEvpnVlanAwareFlood_);
+   if (auto it = routeEvpnVlanAwareFloodVia_.find(routeKey);
+       it != routeEvpnVlanAwareFloodVia_.end()) {
+      FAL_ASSERT(it->second == via, "routeEvpnVlanAwareFloodVia( routeKey ) == via");
+   } else {
+      routeEvpnVlanAwareFloodViaIs(routeKey, via);
+   }
+   createVlanAwareMappings(routeKey, via.dot1qTagToVlanKey(), true, "createEvpnVlanAwareFloodVia");
+}
+
+// Programs what is missing or changed for the route, tag by tag in the collection's order; the
+// first refusal stops the walk, leaving the tags before it programmed.
+void MplsDecapSm::createVlanAwareMappings(const Mpls::RouteKey& routeKey,
+                                          const Mpls::LfibDot1qTagToVlanKey& collKey, bool flood,
+                                          const char* function) {
+   vlanAwareDot1qTagVlanToRouteKeySetIs(collKey)->routeKeySetIs(routeKey);
+   vlanAwareRouteKeyToDot1qTagVlanKeyIs(routeKey, collKey);
+
+   Kor::Ptr<const Mpls::LfibDot1qTagToVlan> coll = lfibStatus_->dot1qTagToVlanColl(collKey);
+   if (!coll) {
+      // Programmed when the collection arrives.
+      MPLSFWD_TRACE_FAST(decapTrace, 5,
+                         function << " route " << routeKey << " dot1qTagToVlanKey " << collKey
+                                  << " : collection not present");
+      return;
+   }
+   Kor::Ptr<VlanAwareProgrammedRouteSet> programmed =
+       vlanAwareRouteKeyToDot1qTagVlanProgrammedIs(routeKey);
+   const Wire::MplsLabel label = routeKey.topLabel();
+   Mpls::LfibHwProgrammingReturnCode rc = Mpls::lfibHwProgrammingSuccess_;
+   for (const auto& [dot1qTag, vlanId] : coll->dot1qTagToVlanIdMap()) {
+      if (auto it = programmed->dot1qTagToVlanIdMap().find(dot1qTag);
+          it != programmed->dot1qTagToVlanIdMap().end()) {
+         const Bridging::VlanIdOrNone old = it->second;
+         if (old == vlanId) {
+            MPLSFWD_TRACE_FAST(decapTrace, 8,
+                               function << " route " << routeKey << " dot1qTag " << dot1qTag
+                                        << " vlanId " << vlanId << " : Already Programmed ");
+            continue;
+         }
+         MPLSFWD_TRACE_FAST(decapTrace, 5,
+                            function << " route " << routeKey << " dot1qTag " << dot1qTag
+                                     << " changing vlanId from " << old << " to " << vlanId);
+         mplsDecapHelper_->deleteLabelDot1qToVlanMapping(label, dot1qTag, flood);
+         programmed->dot1qTagToVlanIdDel(dot1qTag);
+      }
+      rc = mplsDecapHelper_->createLabelDot1qToVlanMapping(label, dot1qTag, vlanId, flood);
+      TRACE5(decapTrace,
+             "create " << label << "/" << dot1qTag << "/" << vlanId << " rc: " << rcValue(rc));
+      if (rc != Mpls::lfibHwProgrammingSuccess_) {
+         break;
+      }
+      programmed->dot1qTagToVlanIdIs(dot1qTag, vlanId);
+   }
+   if (rc == Mpls::lfibHwProgrammingSuccess_) {
+      deleteRouteFromUnprogrammed(routeKey);
+   } else if (rc <= Mpls::lfibHwProgrammingNotReady_) {
+      addRouteToUnprogrammed(routeKey, rc);
+   }
+}
+
+void MplsDecapSm::deleteEvpnVlanAwareVia(const Mpls::RouteKey& routeKey) {
+   TRACE8(decapTrace, "deleteEvpnVlanAwareVia"
+                          << " route " << routeKey);
+   FAL_ASSERT(initialized(), "initialized()");
+   FAL_ASSERT(!(routeEvpnVlanAwareVia(routeKey) == Mpls::LfibEvpnVlanAwareVia()), "!!via");
+   deleteVlanAwareMappings(routeKey, false);
+   routeViaTypeDel(routeKey);
+   routeEvpnVlanAwareViaDel(routeKey);
+}
+
+void MplsDecapSm::deleteEvpnVlanAwareFloodVia(const Mpls::RouteKey& routeKey) {
+   TRACE8(decapTrace, "deleteEvpnVlanAwareFloodVia"
+                          << " route " << routeKey);
+   FAL_ASSERT(initialized(), "initialized()");
+   FAL_ASSERT(!(routeEvpnVlanAwareFloodVia(routeKey) == Mpls::LfibEvpnVlanAwareFloodVia()),
+              "!!via");
+   deleteVlanAwareMappings(routeKey, true);
+   routeViaTypeDel(routeKey);
+   routeEvpnVlanAwareFloodViaDel(routeKey);
+}
+
+// Undoes every tag programmed for the route and forgets the route's VLAN-aware bookkeeping; the
+// collection's route-key set stays, even when empty.
+void MplsDecapSm::deleteVlanAwareMappings(const Mpls::RouteKey& routeKey, bool flood) {
+   const Wire::MplsLabel label = routeKey.topLabel();
+   if (Kor::Ptr<VlanAwareProgrammedRouteSet> programmed =
+           vlanAwareRouteKeyToDot1qTagVlanProgrammed(routeKey)) {
+      for (const auto& [dot1qTag, vlanId] : programmed->dot1qTagToVlanIdMap()) {
+         TRACE5(decapTrace, "deleting " << label << "/" << dot1qTag);
+         mplsDecapHelper_->deleteLabelDot1qToVlanMapping(label, dot1qTag, flood);
+      }
+   }
+   if (auto it = vlanAwareRouteKeyToDot1qTagVlanKey_.find(routeKey);
+       it != vlanAwareRouteKeyToDot1qTagVlanKey_.end()) {
+      if (auto set = vlanAwareDot1qTagVlanToRouteKeySet(it->second)) {
+         set->routeKeySetDel(routeKey);
+      }
+   }
+   vlanAwareRouteKeyToDot1qTagVlanKeyDel(routeKey);
+   vlanAwareRouteKeyToDot1qTagVlanProgrammedDel(routeKey);
+}
+
+// ---------------------------------------------------------------------------------------------
+// Collection side.
+
+void MplsDecapSm::handleLfibDot1qTagToVlanColl(const Mpls::LfibDot1qTagToVlanKey& key) {
+   TRACE8(decapTrace, "handleLfibDot1qTagToVlanColl"
+                          << " dot1qTagToVlanKey " << key);
+   FAL_ASSERT(initialized(), "initialized()");
+   if (lfibStatus_->dot1qTagToVlanColl(key)) {
+      dot1qTagToVlanCollIs(key);
+   } else {
+      dot1qTagToVlanCollDel(key);
+   }
+}
+
+void MplsDecapSm::handleDot1qTagToVlanColl(const Mpls::LfibDot1qTagToVlanKey& key) {
+   MPLSFWD_TRACE_FAST(decapTrace, 5,
+                      "handleDot1qTagToVlanColl"
+                          << " dot1qTagToVlanKey " << key << " handling the entire collection");
+   FAL_ASSERT(initialized(), "initialized()");
+   // The delete pass forgets the routes along with their tags, so the create pass works from
+   // what the routes were before it.
+   std::vector<std::tuple<Mpls::RouteKey, Mpls::LfibViaType, Mpls::LfibEvpnVlanAwareVia,
+                          Mpls::LfibEvpnVlanAwareFloodVia>>
+       routes;
+   if (auto set = vlanAwareDot1qTagVlanToRouteKeySet(key)) {
+      routes.reserve(set->routeKeys());
+      for (const auto& routeKey : set->routeKeySetSet()) {
+         routes.emplace_back(routeKey, routeViaType(routeKey), routeEvpnVlanAwareVia(routeKey),
+                             routeEvpnVlanAwareFloodVia(routeKey));
+      }
+   }
+   processDot1qTagToVlan(key, false);
+   for (const auto& [routeKey, viaType, awareVia, awareFloodVia] : routes) {
+      if (viaType == Mpls::viaTypeEvpnVlanAware_) {
+         createEvpnVlanAwareVia(routeKey, awareVia);
+      } else if (viaType == Mpls::viaTypeEvpnVlanAwareFlood_) {
+         createEvpnVlanAwareFloodVia(routeKey, awareFloodVia);
+      }
+   }
+   // Refusals met here have no backlog run behind them to schedule their retry.
+   maybeScheduleUnprogrammedReview();
+}
+
+void MplsDecapSm::handleDot1qTagToVlan(const Mpls::LfibDot1qTagToVlanKey& key,
+                                       Bridging::VlanId dot1qTag) {
+   MPLSFWD_TRACE_FAST(decapTrace, 5,
+                      "handleDot1qTagToVlan"
+                          << " dot1qTagToVlanKey " << key << " dot1qTag " << dot1qTag);
+   FAL_ASSERT(initialized(), "initialized()");
+   Kor::Ptr<const Mpls::LfibDot1qTagToVlan> map = lfibStatus_->dot1qTagToVlanColl(key);
+   FAL_ASSERT(map, "map");
+   if (map->dot1qTagToVlanIdHas(dot1qTag)) {
+      processDot1qTagToVlan(key, true);
+   } else if (auto set = vlanAwareDot1qTagVlanToRouteKeySet(key)) {
+      // The tag went: only its own mappings go with it.
+      for (const auto& routeKey : set->routeKeySetSet()) {
+         auto programmed = vlanAwareRouteKeyToDot1qTagVlanProgrammed(routeKey);
+         if (!programmed || !programmed->dot1qTagToVlanIdHas(dot1qTag)) {
+            continue;
+         }
+         const Wire::MplsLabel label = routeKey.topLabel();
+         TRACE5(decapTrace, "deleting " << label << "/" << dot1qTag);
+         mplsDecapHelper_->deleteLabelDot1qToVlanMapping(label, dot1qTag, vlanAwareFlood(routeKey));
+         programmed->dot1qTagToVlanIdDel(dot1qTag);
+      }
+   }
+   maybeScheduleUnprogrammedReview();
+}
+
+void MplsDecapSm::processDot1qTagToVlan(const Mpls::LfibDot1qTagToVlanKey& key, bool create) {
+   TRACE8(decapTrace, "processDot1qTagToVlan"
+                          << " dot1qTagToVlanKey " << key << " create " << create);
+   FAL_ASSERT(initialized(), "initialized()");
+   auto set = vlanAwareDot1qTagVlanToRouteKeySet(key);
+   if (!set) {
+      return;
+   }
+   // A copy: deleting a route takes it out of the set.
+   const std::vector<Mpls::RouteKey> routeKeys(set->routeKeySetSet().begin(),
+                                               set->routeKeySetSet().end());
+   for (const auto& routeKey : routeKeys) {
+      switch (routeViaType(routeKey)) {
+         case Mpls::viaTypeEvpnVlanAware_:
+            if (create) {
+               createEvpnVlanAwareVia(routeKey, routeEvpnVlanAwareVia(routeKey));
+            } else {
+               deleteEvpnVlanAwareVia(routeKey);
+            }
+            break;
+         case Mpls::viaTypeEvpnVlanAwareFlood_:
+            if (create) {
+               createEvpnVlanAwareFloodVia(routeKey, routeEvpnVlanAwareFloodVia(routeKey));
+            } else {
+               deleteEvpnVlanAwareFloodVia(routeKey);
+            }
+            break;
+         default:
+            TRACE0(decapTrace, "route " << routeKey << " of dot1qTagToVlanKey " << key
+                                        << " has via type " << routeViaType(routeKey));
+            break;
+      }
+   }
+}
+
+}  // namespace Fal

@@ -1,0 +1,285 @@
+#include <gtest/gtest.h>
+
+#include "DecapTestSupport.h"
+
+namespace {
+
+using namespace DecapTest;
+
+using DecapSm = DecapFixture;
+
+TEST_F(DecapSm, ConstructionTakesUpWhatTheBacklogAlreadyHolds) {
+   route(16, vlanVia(1, 10));
+   route(17, ipLookupVia(2, "red"));
+   ASSERT_EQ(tracking->routeKeyBacklogSet().size(), 2u);
+   start();
+   ASSERT_TRUE(sm->initialized());
+   EXPECT_EQ(sm->defaultUnprogrammedRetryInterval(), 5.0);
+   ASSERT_TRUE(sm->reviewRouteKeyBacklog());
+   EXPECT_EQ(sm->reviewRouteKeyBacklog()->name(), "reviewRouteKeyBacklog");
+   EXPECT_EQ(sm->reviewRouteKeyBacklog()->priority(), 2);
+   ASSERT_TRUE(sm->reviewUnprogrammed());
+   EXPECT_EQ(sm->reviewUnprogrammed()->name(), "reviewUnprogrammed");
+   EXPECT_EQ(sm->reviewUnprogrammed()->priority(), 2);
+   // Nothing happens in the constructor itself: the backlog task is only scheduled.
+   EXPECT_TRUE(helper->calls.empty());
+   EXPECT_TRUE(sm->reviewRouteKeyBacklog()->scheduled());
+   EXPECT_FALSE(sm->reviewUnprogrammed()->pending());
+
+   settle();
+   EXPECT_EQ(helper->take(),
+             (Calls{"createLabelToVlan(16,10,false)", "createLabelToVrf(17,red,1)"}));
+   EXPECT_TRUE(tracking->routeKeyBacklogSet().empty());
+   EXPECT_EQ(sm->reviewRouteKeyBacklog()->workCount(), 2u);
+   EXPECT_TRUE(traces.contains("handleInitialized"));
+}
+
+TEST_F(DecapSm, EachSupportedViaTypeCallsItsOwnCreateWithTheTopLabel) {
+   start();
+   route(16, ipLookupVia(1, "red", Mpls::payloadTypeIpv6_));
+   route(17, vlanVia(2, 10));
+   route(18, floodVia(3, 20));
+   settle();
+   EXPECT_EQ(helper->take(), (Calls{"createLabelToVrf(16,red,2)", "createLabelToVlan(17,10,false)",
+                                    "createLabelToVlan(18,20,true)"}));
+   ASSERT_EQ(sm->routeViaTypeMap().size(), 3u);
+   EXPECT_EQ(sm->routeViaType(key(16)), Mpls::viaTypeIpLookup_);
+   EXPECT_EQ(sm->routeIpLookupVia(key(16)).vrfName(), L3::VrfName("red"));
+   EXPECT_EQ(sm->routeViaType(key(17)), Mpls::viaTypeVlan_);
+   EXPECT_EQ(sm->routeVlanVia(key(17)).vlanId(), vlan(10));
+   EXPECT_EQ(sm->routeViaType(key(18)), Mpls::viaTypeEvpnVlanFlood_);
+   EXPECT_EQ(sm->routeEvpnVlanFloodVia(key(18)).vlanId(), vlan(20));
+   EXPECT_EQ(hwStatus->unprogrammedRoutes(), 0u);
+   expectConsistent();
+}
+
+TEST_F(DecapSm, AChangeIsDeleteOfWhatWasProgrammedThenCreate) {
+   start();
+   route(16, vlanVia(1, 10));
+   route(17, floodVia(2, 30));
+   route(18, ipLookupVia(3, "red", Mpls::payloadTypeIpv4_));
+   settle();
+   helper->take();
+
+   vlanVia(1, 20);  // same via key, new VLAN
+   settle();
+   EXPECT_EQ(helper->take(),
+             (Calls{"deleteLabelToVlan(16,10,false)", "createLabelToVlan(16,20,false)"}));
+
+   floodVia(2, 31);
+   settle();
+   EXPECT_EQ(helper->take(),
+             (Calls{"deleteLabelToVlan(17,30,true)", "createLabelToVlan(17,31,true)"}));
+
+   ipLookupVia(3, "blue", Mpls::payloadTypeIpv6_);
+   settle();
+   EXPECT_EQ(helper->take(), (Calls{"deleteLabelToVrf(18,red,1)", "createLabelToVrf(18,blue,2)"}));
+
+   // The route moves to a via set of another type.
+   route(16, ipLookupVia(4, "green"));
+   settle();
+   EXPECT_EQ(helper->take(),
+             (Calls{"deleteLabelToVlan(16,20,false)", "createLabelToVrf(16,green,1)"}));
+   EXPECT_EQ(sm->routeViaType(key(16)), Mpls::viaTypeIpLookup_);
+   EXPECT_FALSE(sm->routeVlanViaHas(key(16)));
+   expectConsistent();
+}
+
+TEST_F(DecapSm, RemovedRouteIsDeletedOnceAndViaSetLossIsTraced) {
+   start();
+   route(16, vlanVia(1, 10));
+   route(17, ipLookupVia(2, "red"));
+   settle();
+   helper->take();
+
+   lfib->lfibRouteDel(key(16));
+   settle();
+   EXPECT_EQ(helper->take(), Calls{"deleteLabelToVlan(16,10,false)"});
+   EXPECT_TRUE(traces.contains("route was deleted"));
+   EXPECT_FALSE(sm->routeViaTypeHas(key(16)));
+   EXPECT_FALSE(unprogrammed(16));
+
+   traces.clear();
+   lfib->viaSetDel(Mpls::LfibViaSetKey(Mpls::viaTypeIpLookup_, 17));
+   settle();
+   EXPECT_EQ(helper->take(), Calls{"deleteLabelToVrf(17,red,1)"});
+   const auto texts = traces.texts();
+   auto at = [&](const std::string& s) {
+      return std::find_if(texts.begin(), texts.end(),
+                          [&](const std::string& t) { return t.find(s) != std::string::npos; });
+   };
+   ASSERT_NE(at("via set was deleted"), texts.end());
+   EXPECT_LT(at("deleteIpLookupVia"), at("via set was deleted"));
+   EXPECT_TRUE(sm->routeViaTypeMap().empty());
+   expectConsistent();
+}
+
+TEST_F(DecapSm, BacklogKeyWithNothingProgrammedAndNoRouteCallsNothing) {
+   start();
+   settle();
+   tracking->routeKeyBacklogIs(key(99));
+   settle();
+   EXPECT_TRUE(helper->calls.empty());
+   EXPECT_FALSE(tracking->routeKeyBacklog(key(99)));
+   EXPECT_TRUE(traces.contains("route was not programmed"));
+   EXPECT_TRUE(traces.contains("route was deleted"));
+}
+
+TEST_F(DecapSm, BadOrUnsupportedInputIsTracedAndSkipped) {
+   start();
+   // Transit route (MPLS via): not this machine's business.
+   route(16, Mpls::LfibViaKey(Mpls::viaTypeMplsIp_, 1));
+   // EVPN Ethernet segment: skipped by name.
+   route(17, Mpls::LfibViaKey(Mpls::viaTypeEvpnEthernetSegment_, 2));
+   // The via set names a VLAN via that the LFIB does not hold.
+   route(18, Mpls::LfibViaKey(Mpls::viaTypeVlan_, 3));
+   // A via set with no vias (but not the empty record: it has a set type).
+   lfib->viaSetIs(
+       Mpls::LfibViaSet(Mpls::LfibViaSetKey(Mpls::viaTypeVlan_, 19), Mpls::viaSetTypeEcmp_));
+   lfib->lfibRouteIs(Mpls::LfibRoute(key(19), Mpls::LfibViaSetKey(Mpls::viaTypeVlan_, 19)));
+   // A route whose via set was never published.
+   lfib->lfibRouteIs(Mpls::LfibRoute(key(20), Mpls::LfibViaSetKey(Mpls::viaTypeVlan_, 77)));
+   // And one good route among them.
+   route(21, vlanVia(4, 40));
+   settle();
+
+   EXPECT_EQ(helper->take(), Calls{"createLabelToVlan(21,40,false)"});
+   EXPECT_EQ(traces.count("Skipping unsupported via type "), 2u);  // MPLS and the empty set
+   EXPECT_TRUE(traces.contains("Skipping unsupported via type viaTypeMplsIp"));
+   EXPECT_EQ(traces.count("Skipping viaType EvpnEthernetSegment"), 1u);
+   EXPECT_TRUE(traces.contains("via set was deleted"));
+   EXPECT_TRUE(tracking->routeKeyBacklogSet().empty());
+   EXPECT_EQ(hwStatus->unprogrammedRoutes(), 0u);
+   ASSERT_EQ(sm->routeViaTypeMap().size(), 1u);
+   EXPECT_TRUE(sm->routeViaTypeHas(key(21)));
+
+   // The absent via arrives: now the route is programmed.
+   vlanVia(3, 30);
+   settle();
+   EXPECT_EQ(helper->take(), Calls{"createLabelToVlan(18,30,false)"});
+   expectConsistent();
+}
+
+TEST_F(DecapSm, RefusalIsListedWithItsReasonAndNotRecordedAsProgrammed) {
+   start();
+   helper->createLabelToVrfRcIs(Mpls::lfibHwProgrammingFailed_);
+   route(16, ipLookupVia(1, "red"));
+   settle();
+   EXPECT_EQ(helper->take(), Calls{"createLabelToVrf(16,red,1)"});
+   EXPECT_FALSE(sm->routeViaTypeHas(key(16)));
+   EXPECT_FALSE(sm->routeIpLookupViaHas(key(16)));
+   ASSERT_TRUE(unprogrammed(16));
+   EXPECT_EQ(reason(16), 2u);
+   EXPECT_EQ(hwStatus->unprogrammedRoute(key(16)).key(), key(16));
+   // The backlog key is gone anyway.
+   EXPECT_TRUE(tracking->routeKeyBacklogSet().empty());
+
+   // The route changes and the helper now accepts: out of the list, programmed. Nothing was
+   // programmed before, so there is nothing to delete.
+   helper->createLabelToVrfRcIs(Mpls::lfibHwProgrammingSuccess_);
+   ipLookupVia(1, "blue");
+   settle();
+   EXPECT_EQ(helper->take(), Calls{"createLabelToVrf(16,blue,1)"});
+   EXPECT_FALSE(unprogrammed(16));
+   EXPECT_EQ(sm->routeViaType(key(16)), Mpls::viaTypeIpLookup_);
+   expectConsistent();
+}
+
+TEST_F(DecapSm, ReturnCodeAboveThreeIsNeitherProgrammedNorListed) {
+   start();
+   helper->createLabelToVlanRcIs(static_cast<Mpls::LfibHwProgrammingReturnCode>(7));
+   route(16, vlanVia(1, 10));
+   route(17, floodVia(2, 20));
+   settle();
+   EXPECT_EQ(helper->take().size(), 2u);
+   EXPECT_TRUE(sm->routeViaTypeMap().empty());
+   EXPECT_EQ(hwStatus->unprogrammedRoutes(), 0u);
+   EXPECT_FALSE(sm->reviewUnprogrammed()->pending());
+   // Nothing retries it: time passes without a call.
+   loop->advance(60.0);
+   EXPECT_TRUE(helper->calls.empty());
+}
+
+TEST_F(DecapSm, ManyChangesBeforeTheTaskRunsCostOneRun) {
+   start();
+   settle();
+   const auto runs = sm->reviewRouteKeyBacklog()->runCount();
+   for (std::uint32_t l = 16; l < 26; ++l) {
+      route(l, vlanVia(l, 100));
+   }
+   EXPECT_EQ(tracking->routeKeyBacklogSet().size(), 10u);
+   settle();
+   EXPECT_EQ(sm->reviewRouteKeyBacklog()->runCount(), runs + 1);
+   EXPECT_EQ(helper->createLabelToVlanCount(), 10u);
+   EXPECT_FALSE(sm->reviewRouteKeyBacklog()->scheduled());
+}
+
+TEST_F(DecapSm, BacklogTaskYieldsAndContinuesFromWhatIsLeft) {
+   start();
+   settle();
+   for (std::uint32_t l = 100; l < 150; ++l) {
+      route(l, vlanVia(l, 10));
+   }
+   const auto runs = sm->reviewRouteKeyBacklog()->runCount();
+   // Every read of the time moves it 1 ms on; the quantum is 5 ms.
+   loop->autoAdvancePerReadIs(0.001);
+   EXPECT_EQ(loop->runUntilIdle(1), 1u);
+   const std::size_t done = helper->createLabelToVlanCount();
+   EXPECT_GT(done, 0u);
+   EXPECT_LT(done, 50u);
+   EXPECT_EQ(tracking->routeKeyBacklogSet().size(), 50u - done);
+   EXPECT_TRUE(sm->reviewRouteKeyBacklog()->scheduled());
+   EXPECT_TRUE(traces.contains("yielding"));
+   // Done in label order, from the backlog's start.
+   ASSERT_FALSE(helper->calls.empty());
+   EXPECT_EQ(helper->calls.front(), "createLabelToVlan(100,10,false)");
+   EXPECT_EQ(*tracking->routeKeyBacklogSet().begin(), key(100 + std::uint32_t(done)));
+
+   // A key that comes meanwhile before the rest is taken at the next run's start.
+   route(20, vlanVia(20, 10));
+   helper->take();
+   EXPECT_EQ(loop->runUntilIdle(1), 1u);
+   ASSERT_FALSE(helper->calls.empty());
+   EXPECT_EQ(helper->calls.front(), "createLabelToVlan(20,10,false)");
+
+   loop->autoAdvancePerReadIs(0.0);
+   settle();
+   EXPECT_TRUE(tracking->routeKeyBacklogSet().empty());
+   EXPECT_EQ(helper->createLabelToVlanCount(), 51u);
+   EXPECT_EQ(sm->routeViaTypeMap().size(), 51u);
+   EXPECT_GT(sm->reviewRouteKeyBacklog()->runCount(), runs + 2);
+   expectConsistent();
+}
+
+TEST_F(DecapSm, DestructionCallsNoHelperAndASuccessorStartsEmpty) {
+   start();
+   route(16, vlanVia(1, 10));
+   route(17, ipLookupVia(2, "red"));
+   settle();
+   helper->take();
+   sm = nullptr;
+   EXPECT_TRUE(helper->calls.empty());
+   EXPECT_EQ(loop->scheduler()->readyTasks(), 0u);
+
+   // The LFIB changes while no machine runs; the successor finds nothing to delete.
+   vlanVia(1, 11);
+   start();
+   settle();
+   EXPECT_EQ(helper->take(), Calls{"createLabelToVlan(16,11,false)"});
+   EXPECT_FALSE(sm->routeViaTypeHas(key(17)));
+}
+
+TEST_F(DecapSm, NoopAgentPutsEveryRouteOnTheUnprogrammedList) {
+   setenv("FAL_NOOP_AGENT", "1", 1);
+   auto base = Kor::make<FalHelper::MplsDecapHelper>("noop");
+   sm = Fal::mplsDecapSmFactory(base, lfib, loop->scheduler(), tracking, hwStatus);
+   route(16, vlanVia(1, 10));
+   route(17, ipLookupVia(2, "red"));
+   settle();
+   unsetenv("FAL_NOOP_AGENT");
+   EXPECT_TRUE(sm->routeViaTypeMap().empty());
+   EXPECT_EQ(reason(16), 2u);
+   EXPECT_EQ(reason(17), 2u);
+}
+
+}  // namespace

@@ -1,0 +1,228 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "DecapTestSupport.h"
+
+namespace {
+
+using namespace DecapTest;
+
+// Tags of a collection are walked in its hash order, which the tests do not rely on: where
+// several tags of one route are programmed in one walk, compare the calls as sorted lists.
+Calls sorted(Calls calls) {
+   std::sort(calls.begin(), calls.end());
+   return calls;
+}
+
+struct DecapVlanAware : DecapFixture {
+   // Route 16 (plain) and route 17 (flooding) on collection 5: tag 10 -> VLAN 100, 20 -> 200.
+   void twoRoutesOnOneCollection() {
+      collection(5, {{10, 100}, {20, 200}});
+      start();
+      route(16, vlanAwareVia(1, 5));
+      route(17, vlanAwareFloodVia(2, 5));
+      settle();
+   }
+   Kor::Ptr<Mpls::LfibDot1qTagToVlan> coll(std::uint32_t k) {
+      return lfib->dot1qTagToVlanColl(Mpls::LfibDot1qTagToVlanKey(k));
+   }
+   Kor::Ptr<Fal::VlanAwareProgrammedRouteSet> programmed(std::uint32_t label) {
+      return sm->vlanAwareRouteKeyToDot1qTagVlanProgrammed(key(label));
+   }
+};
+
+TEST_F(DecapVlanAware, TwoRoutesOnOneCollectionGetOneMappingPerTagEach) {
+   twoRoutesOnOneCollection();
+   const Calls calls = helper->take();
+   ASSERT_EQ(calls.size(), 4u);
+   EXPECT_EQ(sorted(Calls(calls.begin(), calls.begin() + 2)),
+             (Calls{"createLabelDot1qToVlan(16,10,100,false)",
+                    "createLabelDot1qToVlan(16,20,200,false)"}));
+   EXPECT_EQ(
+       sorted(Calls(calls.begin() + 2, calls.end())),
+       (Calls{"createLabelDot1qToVlan(17,10,100,true)", "createLabelDot1qToVlan(17,20,200,true)"}));
+   EXPECT_EQ(sm->routeViaType(key(16)), Mpls::viaTypeEvpnVlanAware_);
+   EXPECT_EQ(sm->routeViaType(key(17)), Mpls::viaTypeEvpnVlanAwareFlood_);
+   auto set = sm->vlanAwareDot1qTagVlanToRouteKeySet(Mpls::LfibDot1qTagToVlanKey(5));
+   ASSERT_TRUE(set);
+   EXPECT_EQ(set->routeKeys(), 2u);
+   ASSERT_TRUE(programmed(16));
+   EXPECT_EQ(programmed(16)->dot1qTags(), 2u);
+   EXPECT_EQ(programmed(16)->dot1qTagToVlanId(vlan(20)), Bridging::VlanIdOrNone(vlan(200)));
+   EXPECT_EQ(hwStatus->unprogrammedRoutes(), 0u);
+   expectConsistent();
+}
+
+TEST_F(DecapVlanAware, ChangedTagIsDeletedThenCreatedPerRouteAndTheOtherTagIsLeftAlone) {
+   twoRoutesOnOneCollection();
+   helper->take();
+   traces.clear();
+   coll(5)->dot1qTagToVlanIdIs(vlan(10), Bridging::VlanIdOrNone(vlan(101)));
+   // Handled at once by the collection's reactor, in route order.
+   EXPECT_EQ(
+       helper->take(),
+       (Calls{"deleteLabelDot1qToVlan(16,10,false)", "createLabelDot1qToVlan(16,10,101,false)",
+              "deleteLabelDot1qToVlan(17,10,true)", "createLabelDot1qToVlan(17,10,101,true)"}));
+   EXPECT_EQ(traces.count(" dot1qTag 20 vlanId 200 : Already Programmed "), 2u);
+   EXPECT_EQ(traces.count(" dot1qTag 10 changing vlanId from 100 to 101"), 2u);
+   EXPECT_EQ(programmed(17)->dot1qTagToVlanId(vlan(10)), Bridging::VlanIdOrNone(vlan(101)));
+   expectConsistent();
+}
+
+TEST_F(DecapVlanAware, RemovedTagIsDeletedPerRouteAndNothingElse) {
+   twoRoutesOnOneCollection();
+   helper->take();
+   coll(5)->dot1qTagToVlanIdDel(vlan(20));
+   EXPECT_EQ(helper->take(),
+             (Calls{"deleteLabelDot1qToVlan(16,20,false)", "deleteLabelDot1qToVlan(17,20,true)"}));
+   EXPECT_FALSE(programmed(16)->dot1qTagToVlanIdHas(vlan(20)));
+   EXPECT_TRUE(programmed(16)->dot1qTagToVlanIdHas(vlan(10)));
+   EXPECT_EQ(programmed(17)->dot1qTags(), 1u);
+   // An added tag is programmed for every route.
+   coll(5)->dot1qTagToVlanIdIs(vlan(30), Bridging::VlanIdOrNone(vlan(300)));
+   EXPECT_EQ(helper->take(), (Calls{"createLabelDot1qToVlan(16,30,300,false)",
+                                    "createLabelDot1qToVlan(17,30,300,true)"}));
+   expectConsistent();
+}
+
+TEST_F(DecapVlanAware, WholeCollectionEventIsDeleteAllThenCreateAll) {
+   collection(5, {{10, 100}, {20, 200}});
+   start();
+   route(16, vlanAwareVia(1, 5));
+   settle();
+   helper->take();
+
+   Mpls::LfibDot1qTagToVlan::TagMap replacement;
+   replacement[vlan(10)] = Bridging::VlanIdOrNone(vlan(100));
+   replacement[vlan(30)] = Bridging::VlanIdOrNone(vlan(300));
+   coll(5)->dot1qTagToVlanIdIs(replacement);
+   const Calls calls = helper->take();
+   ASSERT_EQ(calls.size(), 4u);
+   EXPECT_EQ(sorted(Calls(calls.begin(), calls.begin() + 2)),
+             (Calls{"deleteLabelDot1qToVlan(16,10,false)", "deleteLabelDot1qToVlan(16,20,false)"}));
+   EXPECT_EQ(sorted(Calls(calls.begin() + 2, calls.end())),
+             (Calls{"createLabelDot1qToVlan(16,10,100,false)",
+                    "createLabelDot1qToVlan(16,30,300,false)"}));
+   EXPECT_TRUE(traces.contains("handling the entire collection"));
+   // The route survives the delete pass.
+   EXPECT_EQ(sm->routeViaType(key(16)), Mpls::viaTypeEvpnVlanAware_);
+   EXPECT_EQ(programmed(16)->dot1qTags(), 2u);
+   EXPECT_TRUE(programmed(16)->dot1qTagToVlanIdHas(vlan(30)));
+   expectConsistent();
+}
+
+TEST_F(DecapVlanAware, RefusalAtTheSecondOfThreeTagsStopsTheWalkAndListsTheRoute) {
+   collection(6, {{1, 11}, {2, 12}, {3, 13}});
+   start();
+   helper->dot1qRcs = {Mpls::lfibHwProgrammingSuccess_, Mpls::lfibHwProgrammingResourceFull_};
+   route(30, vlanAwareVia(1, 6));
+   settle();
+   const Calls calls = helper->take();
+   ASSERT_EQ(calls.size(), 2u);  // the third tag is not tried
+   // The first tag stays programmed, the refused one is not.
+   ASSERT_TRUE(programmed(30));
+   ASSERT_EQ(programmed(30)->dot1qTags(), 1u);
+   const auto firstTag = programmed(30)->dot1qTagToVlanIdMap().begin()->first;
+   EXPECT_EQ(calls[0], "createLabelDot1qToVlan(30," + firstTag.stringValue() + "," +
+                           std::to_string(firstTag.value() + 10) + ",false)");
+   EXPECT_NE(calls[1], calls[0]);
+   // Listed with the reason, and still recorded, so that the retry first undoes the first tag.
+   EXPECT_EQ(reason(30), 1u);
+   EXPECT_EQ(sm->routeViaType(key(30)), Mpls::viaTypeEvpnVlanAware_);
+   ASSERT_TRUE(sm->reviewUnprogrammed()->pending());
+
+   loop->advance(5.0);
+   const Calls retry = helper->take();
+   ASSERT_EQ(retry.size(), 4u);
+   EXPECT_EQ(retry[0], "deleteLabelDot1qToVlan(30," + firstTag.stringValue() + ",false)");
+   EXPECT_EQ(
+       sorted(Calls(retry.begin() + 1, retry.end())),
+       (Calls{"createLabelDot1qToVlan(30,1,11,false)", "createLabelDot1qToVlan(30,2,12,false)",
+              "createLabelDot1qToVlan(30,3,13,false)"}));
+   EXPECT_FALSE(unprogrammed(30));
+   EXPECT_EQ(programmed(30)->dot1qTags(), 3u);
+   expectConsistent();
+}
+
+TEST_F(DecapVlanAware, RouteWaitsForItsCollectionWithoutBeingListed) {
+   start();
+   route(16, vlanAwareFloodVia(1, 9));
+   settle();
+   EXPECT_TRUE(helper->calls.empty());
+   EXPECT_EQ(sm->routeViaType(key(16)), Mpls::viaTypeEvpnVlanAwareFlood_);
+   EXPECT_FALSE(unprogrammed(16));
+   EXPECT_TRUE(traces.contains("collection not present"));
+   EXPECT_FALSE(sm->dot1qTagToVlanCollHas(Mpls::LfibDot1qTagToVlanKey(9)));
+
+   collection(9, {{10, 100}});
+   EXPECT_TRUE(sm->dot1qTagToVlanCollHas(Mpls::LfibDot1qTagToVlanKey(9)));
+   EXPECT_EQ(helper->take(), Calls{"createLabelDot1qToVlan(16,10,100,true)"});
+   expectConsistent();
+}
+
+TEST_F(DecapVlanAware, CollectionsPresentAtConstructionAreWatched) {
+   collection(5, {{10, 100}});
+   collection(6, {});
+   start();
+   EXPECT_EQ(sm->dot1qTagToVlanColls(), 2u);
+   EXPECT_TRUE(sm->dot1qTagToVlanCollHas(Mpls::LfibDot1qTagToVlanKey(5)));
+   EXPECT_TRUE(sm->dot1qTagToVlanCollHas(Mpls::LfibDot1qTagToVlanKey(6)));
+   route(16, vlanAwareVia(1, 6));
+   settle();
+   EXPECT_TRUE(helper->take().empty());  // collection 6 has no tags yet
+   coll(6)->dot1qTagToVlanIdIs(vlan(7), Bridging::VlanIdOrNone(vlan(70)));
+   EXPECT_EQ(helper->take(), Calls{"createLabelDot1qToVlan(16,7,70,false)"});
+}
+
+TEST_F(DecapVlanAware, CollectionRemovalCallsNothingAndRouteDeletionUndoesItsTags) {
+   twoRoutesOnOneCollection();
+   helper->take();
+   lfib->dot1qTagToVlanCollDel(Mpls::LfibDot1qTagToVlanKey(5));
+   EXPECT_TRUE(helper->calls.empty());
+   EXPECT_FALSE(sm->dot1qTagToVlanCollHas(Mpls::LfibDot1qTagToVlanKey(5)));
+   EXPECT_EQ(programmed(16)->dot1qTags(), 2u);
+
+   lfib->lfibRouteDel(key(16));
+   settle();
+   EXPECT_EQ(sorted(helper->take()),
+             (Calls{"deleteLabelDot1qToVlan(16,10,false)", "deleteLabelDot1qToVlan(16,20,false)"}));
+   EXPECT_FALSE(sm->routeViaTypeHas(key(16)));
+   EXPECT_FALSE(programmed(16));
+   EXPECT_FALSE(sm->vlanAwareRouteKeyToDot1qTagVlanKeyHas(key(16)));
+   // The collection's route-key set stays, without the route.
+   auto set = sm->vlanAwareDot1qTagVlanToRouteKeySet(Mpls::LfibDot1qTagToVlanKey(5));
+   ASSERT_TRUE(set);
+   EXPECT_FALSE(set->routeKeySet(key(16)));
+   EXPECT_TRUE(set->routeKeySet(key(17)));
+   expectConsistent();
+
+   // A route that moves to another collection leaves the first one's set.
+   collection(8, {{40, 400}});
+   route(17, vlanAwareFloodVia(3, 8));
+   settle();
+   EXPECT_EQ(helper->take().size(), 3u);  // two deletes on 5, one create on 8
+   EXPECT_EQ(set->routeKeys(), 0u);
+   EXPECT_EQ(sm->vlanAwareDot1qTagVlanToRouteKeySets(), 2u);
+   expectConsistent();
+}
+
+TEST_F(DecapVlanAware, RefusalOnATagChangeSchedulesTheRetry) {
+   twoRoutesOnOneCollection();
+   helper->take();
+   helper->createLabelDot1qToVlanRcIs(Mpls::lfibHwProgrammingNotReady_);
+   coll(5)->dot1qTagToVlanIdIs(vlan(30), Bridging::VlanIdOrNone(vlan(300)));
+   EXPECT_EQ(helper->take().size(), 2u);
+   EXPECT_EQ(reason(16), 3u);
+   EXPECT_EQ(reason(17), 3u);
+   ASSERT_TRUE(sm->reviewUnprogrammed()->pending());
+   EXPECT_EQ(sm->reviewUnprogrammed()->time(), 5.0);
+   helper->createLabelDot1qToVlanRcIs(Mpls::lfibHwProgrammingSuccess_);
+   loop->advance(5.0);
+   EXPECT_EQ(hwStatus->unprogrammedRoutes(), 0u);
+   EXPECT_EQ(programmed(16)->dot1qTags(), 3u);
+   EXPECT_EQ(programmed(17)->dot1qTags(), 3u);
+   expectConsistent();
+}
+
+}  // namespace
