@@ -1,5 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
+#include <mplsfwd/log/FastLog.h>
+
 #include "DecapTestSupport.h"
 
 namespace {
@@ -92,10 +96,22 @@ TEST_F(DecapSm, RemovedRouteIsDeletedOnceAndViaSetLossIsTraced) {
    settle();
    helper->take();
 
+   // The decision also goes to the in-memory ring.
+   Log::FastLog& ring = Log::FastLog::instance();
+   const bool ringWasEnabled = ring.enabled();
+   ring.enabledIs(true);
+   ring.clear();
    lfib->lfibRouteDel(key(16));
    settle();
+   const auto ringTexts = ring.snapshot();
+   ring.enabledIs(ringWasEnabled);
    EXPECT_EQ(helper->take(), Calls{"deleteLabelToVlan(16,10,false)"});
    EXPECT_TRUE(traces.contains("route was deleted"));
+   EXPECT_EQ(std::count_if(ringTexts.begin(), ringTexts.end(),
+                           [](const std::string& t) {
+                              return t.find("route was deleted") != std::string::npos;
+                           }),
+             1);
    EXPECT_FALSE(sm->routeViaTypeHas(key(16)));
    EXPECT_FALSE(unprogrammed(16));
 
