@@ -162,6 +162,7 @@ MplsSm::MplsSm(Kor::Ptr<const Mpls::Status> mplsStatus,
       attrLogSm_(std::move(attrLogSm)),
       clock_(std::move(clock)) {
    lfibTrackingStatus_ = Kor::make<Mpls::LfibTrackingStatus>("MplsSm-trackingStatus");
+   refreshDefaultVrfId();
    // The toggle is read once at load with default off; inPlaceAdjacencyUpdateSupported asks again
    // if that first answer was not a configured one.
    inPlaceToggleWord_ = Log::getToggleState("InPlaceMplsAdjacencyUpdate", false);
@@ -296,15 +297,29 @@ void MplsSm::handleInitialized() {
 // ---- Per-VRF state and accessors.
 
 Kor::Ptr<VrfMplsState> MplsSm::mplsStateIs(const L3::VrfName& vrf) {
+   if (defaultState_ && vrf == defaultVrf()) {
+      return defaultState_;
+   }
    auto [it, inserted] = mplsState_.try_emplace(vrf);
    if (inserted) {
       SM_TRACE(5, "create state for vrf " << vrf);
       it->second = Kor::make<VrfMplsState>(vrf);
    }
+   if (vrf == defaultVrf()) {
+      defaultState_ = it->second;
+   }
    return it->second;
 }
 
-void MplsSm::mplsStateDel(const L3::VrfName& vrf) {
+Kor::Ptr<VrfMplsState> MplsSm::mplsState(const L3::VrfName& vrf) const {
+   if (vrf == defaultVrf()) {
+      return defaultState_;
+   }
+   return Kor::mapValueOr(mplsState_, vrf);
+}
+
+void MplsSm::mplsStateDel(const L3::VrfName& name) {
+   const L3::VrfName vrf = name;  // `name` may be the very key that goes below
    auto it = mplsState_.find(vrf);
    if (it == mplsState_.end()) {
       return;
@@ -325,6 +340,9 @@ void MplsSm::mplsStateDel(const L3::VrfName& vrf) {
       unwatchNextHopIfUnused(*state, nh);
    }
    mplsState_.erase(it);
+   if (vrf == defaultVrf()) {
+      defaultState_ = nullptr;
+   }
    vrfForReview_.erase(vrf);
 }
 
@@ -335,6 +353,11 @@ void MplsSm::mplsStateDelAll() {
 }
 
 VrfId MplsSm::vrfIdOf(const L3::VrfName& vrf) const {
+   // Every route of every pass asks for the default VRF's id: answer it from the cache that
+   // handleVrfName keeps, not from a lookup by name.
+   if (vrf == defaultVrf()) {
+      return defaultVrfId_;
+   }
    if (falL3Status_) {
       if (auto id = falL3Status_->vrfIdOf(vrf)) {
          return *id;
@@ -345,7 +368,22 @@ VrfId MplsSm::vrfIdOf(const L3::VrfName& vrf) const {
 }
 
 Kor::Ptr<MplsHwVrfConfig> MplsSm::falMplsHwVrfConfig(const L3::VrfName& vrf) {
-   return mplsHwConfig_->vrfConfigIs(vrfIdOf(vrf));
+   VrfId id = vrfIdOf(vrf);
+   // This machine never deletes a per-VRF configuration, so the one it created last stays valid.
+   if (lastVrfConfig_ && lastVrfConfig_->vrfId() == id) {
+      return lastVrfConfig_;
+   }
+   lastVrfConfig_ = mplsHwConfig_->vrfConfigIs(id);
+   return lastVrfConfig_;
+}
+
+void MplsSm::refreshDefaultVrfId() {
+   defaultVrfId_ = VrfId(0);
+   if (falL3Status_) {
+      if (auto id = falL3Status_->vrfIdOf(defaultVrf())) {
+         defaultVrfId_ = *id;
+      }
+   }
 }
 
 Kor::Ptr<const MplsHwVrfStatus> MplsSm::falMplsHwVrfStatus(const L3::VrfName& vrf) const {
@@ -404,6 +442,7 @@ void MplsSm::handleHwRoutingEnabled(VrfId vrfId, bool routing) {
 }
 
 void MplsSm::handleVrfName(VrfId vrfId) {
+   refreshDefaultVrfId();
    L3::VrfName name = falL3Status_->vrfName(vrfId);
    if (!(name == L3::VrfName::defaultVrf())) {
       SM_DECISION(1, "Vrf: " << name << " is not default. skip.");

@@ -103,9 +103,7 @@ public:
    double longestReviewPass() const { return longestReviewPass_; }
 
    // Per-VRF state.
-   Kor::Ptr<VrfMplsState> mplsState(const L3::VrfName& vrf) const {
-      return Kor::mapValueOr(mplsState_, vrf);
-   }
+   Kor::Ptr<VrfMplsState> mplsState(const L3::VrfName& vrf) const;
    Kor::Ptr<VrfMplsState> mplsStateIs(const L3::VrfName& vrf);
    void mplsStateDel(const L3::VrfName& vrf);
    void mplsStateDelAll();
@@ -270,6 +268,8 @@ private:
    MplsL2AdjacencyPtr tryInPlaceUpdate(VrfMplsState& vrf, const L3AdjacencyPtr& l3Adj,
                                        const Mpls::Hardware::L2ViaSet& l2ViaSet);
    void reviewPassEnded(double start);
+   void refreshDefaultVrfId();
+   bool checkMplsIpLFibVias(const Mpls::LfibViaSet& viaSet, CachedLFibMplsViaColl* cache) const;
 
    Kor::Ptr<const Mpls::Status> mplsStatus_;
    Kor::Ptr<const Mpls::RoutingInfo> mplsRoutingInfo_;
@@ -311,6 +311,10 @@ private:
    // own; this index finds the next hops to review when it does.
    Kor::HashMap<NextHopKey, Kor::HashSet<IpAddrIntfId>> rrGatewayUsers_;
    double longestReviewPass_ = 0.0;
+   // Caches of what every route asks for: the default VRF's state, id and configuration.
+   Kor::Ptr<VrfMplsState> defaultState_;
+   VrfId defaultVrfId_;
+   Kor::Ptr<MplsHwVrfConfig> lastVrfConfig_;
    unsigned inPlaceToggleWord_ = 0;
 
    std::unique_ptr<MplsStatusReactor> mplsStatusReactor_;

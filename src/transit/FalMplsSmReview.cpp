@@ -20,13 +20,12 @@ namespace {
 template <class Set, class Yield, class Work>
 void drainOnce(Set& live, Set& batch, Yield&& yield, Work&& work) {
    batch.swap(live);
-   while (!batch.empty() && !yield()) {
-      auto key = *batch.begin();
-      batch.erase(batch.begin());
-      work(key);
+   auto it = batch.begin();
+   for (; it != batch.end() && !yield(); ++it) {
+      work(*it);
    }
-   for (const auto& key : batch) {
-      live.insert(key);
+   for (; it != batch.end(); ++it) {
+      live.insert(*it);
    }
    batch.clear();
 }

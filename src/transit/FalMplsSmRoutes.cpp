@@ -196,11 +196,16 @@ void MplsSm::processRouteKey(VrfMplsState& vrf, const Mpls::RouteKey& routeKey) 
 }
 
 void MplsSm::doPublishRouteKeys(VrfMplsState& vrf) {
+   // Publishing never queues more publishing, so the set can be walked and then trimmed.
    auto& set = vrf.routeKeyForPublishSet();
-   while (!set.empty() && !reviewYield()) {
-      Mpls::RouteKey key = *set.begin();
-      set.erase(set.begin());
-      publishRouteKey(vrf, key);
+   VrfMplsState::Set<Mpls::RouteKey> batch;
+   batch.swap(set);
+   auto it = batch.begin();
+   for (; it != batch.end() && !reviewYield(); ++it) {
+      publishRouteKey(vrf, *it);
+   }
+   for (; it != batch.end(); ++it) {
+      set.insert(*it);
    }
 }
 

@@ -198,14 +198,22 @@ void MplsSm::processL3Adj(VrfMplsState& vrf, std::uint64_t index) {
 Kor::Ptr<const CachedLFibMplsViaColl> MplsSm::getSaneMplsIpLFibVias(
     const Mpls::LfibViaSet& viaSet) const {
    auto cache = Kor::make<CachedLFibMplsViaColl>();
+   if (!checkMplsIpLFibVias(viaSet, cache.ptr())) {
+      return nullptr;
+   }
+   return cache;
+}
+
+bool MplsSm::checkMplsIpLFibVias(const Mpls::LfibViaSet& viaSet,
+                                 CachedLFibMplsViaColl* cache) const {
    bool sawNhg = false;
    bool sawTunnel = false;
    bool sawRegular = false;
    const Mpls::LfibMplsVia* firstTunnelVia = nullptr;
    Mpls::LfibMplsVia firstTunnel;
-   auto reject = [&](const Mpls::LfibMplsVia& via) -> Kor::Ptr<const CachedLFibMplsViaColl> {
+   auto reject = [&](const Mpls::LfibMplsVia& via) {
       SM_TRACE(1, "Unsupported lFib Adj " << via);
-      return nullptr;
+      return false;
    };
    for (std::uint32_t position = 0; position < viaSet.vias(); ++position) {
       Mpls::LfibViaIndexRange index(position);
@@ -258,16 +266,19 @@ Kor::Ptr<const CachedLFibMplsViaColl> MplsSm::getSaneMplsIpLFibVias(
       sawNhg |= kind == ViaKind::nexthopGroup;
       sawTunnel |= kind == ViaKind::dynamicTunnel;
       sawRegular |= kind == ViaKind::regular;
-      cache->viaIs(index, via);
+      if (cache) {
+         cache->viaIs(index, via);
+      }
    }
-   return cache;
+   return true;
 }
 
 bool MplsSm::isLFibViaSetSane(const Mpls::LfibViaSet& viaSet) const {
    if (viaSet.key().viaType() != Mpls::viaTypeMplsIp_) {
       return true;  // only MPLS-IP sets carry vias that this test looks into
    }
-   return getSaneMplsIpLFibVias(viaSet) != nullptr;
+   // Every processed route asks this of its via set: answer without building the via cache.
+   return checkMplsIpLFibVias(viaSet, nullptr);
 }
 
 bool MplsSm::validateMplsIpL3Adj(VrfMplsState&, const Mpls::LfibViaSet* viaSet,

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <utility>
+#include <vector>
 
 namespace Kor {
 
@@ -39,18 +40,24 @@ typename Map::mapped_type mapValueOr(const Map& map, const K& key,
 }
 
 // Removes every entry through the single-entry delete, so that each raises its own notification.
+// The keys are taken first: a reactor may change the collection while one entry goes, and
+// open-addressing containers make repeated begin() after erase quadratic.
 template <class Map, class Del>
 void deleteEachKey(const Map& map, Del&& del) {
-   while (!map.empty()) {
-      auto key = map.begin()->first;
+   std::vector<typename Map::key_type> keys;
+   keys.reserve(map.size());
+   for (const auto& entry : map) {
+      keys.push_back(entry.first);
+   }
+   for (const auto& key : keys) {
       del(key);
    }
 }
 
 template <class Set, class Del>
 void deleteEachMember(const Set& set, Del&& del) {
-   while (!set.empty()) {
-      auto key = *set.begin();
+   std::vector<typename Set::key_type> keys(set.begin(), set.end());
+   for (const auto& key : keys) {
       del(key);
    }
 }
