@@ -1,0 +1,354 @@
+#include "Chip.h"
+
+#include <algorithm>
+#include <vector>
+
+namespace sim {
+
+class Chip::ConfigReactor : public Fal::MplsHwConfig::NotifieeConst {
+ public:
+   ConfigReactor(Kor::Ptr<const Fal::MplsHwConfig> c, Chip& chip)
+       : Fal::MplsHwConfig::NotifieeConst(std::move(c)), chip_(chip) {}
+   void onVrfConfig(Fal::VrfId id) override { chip_.vrfConfigChanged(id); }
+
+ private:
+   Chip& chip_;
+};
+
+class Chip::VrfReactor : public Fal::MplsHwVrfConfig::NotifieeConst {
+ public:
+   VrfReactor(Kor::Ptr<const Fal::MplsHwVrfConfig> c, Chip& chip)
+       : Fal::MplsHwVrfConfig::NotifieeConst(std::move(c)), chip_(chip) {}
+   void onMplsRouting() override {
+      chip_.dirty_[notifier()->vrfId()].routing = true;
+      chip_.arm();
+   }
+   void onRoute(const Mpls::RouteKey& k) override {
+      chip_.dirty_[notifier()->vrfId()].routes.insert(k);
+      chip_.arm();
+   }
+   void onL2Adjacency(const Fal::L2AdjacencyPtr& a) override {
+      chip_.dirty_[notifier()->vrfId()].adjs.insert(a);
+      chip_.arm();
+   }
+
+ private:
+   Chip& chip_;
+};
+
+Chip::Chip(Kor::Ptr<Loom::EventLoop> loop, Kor::Ptr<const Fal::MplsHwConfig> config,
+           Kor::Ptr<Fal::MplsHwStatus> status)
+    : loop_(std::move(loop)), config_(std::move(config)), status_(std::move(status)) {
+   task_ = Kor::make<Loom::TimerTask>(loop_->scheduler(), "simChip", 5, [this] { run(); });
+   configReactor_ = std::make_unique<ConfigReactor>(config_, *this);
+   for (const auto& [id, vrf] : config_->vrfConfigMap()) {
+      vrfConfigChanged(id);
+   }
+}
+
+Chip::~Chip() {
+   task_->cancel();
+   configReactor_.reset();
+   vrf_.clear();
+}
+
+void Chip::routeCapacityIs(std::size_t n) {
+   routeCapacity_ = n;
+   reexamine();
+}
+
+void Chip::l2AdjacencyCapacityIs(std::size_t n) {
+   adjCapacity_ = n;
+   reexamine();
+}
+
+void Chip::refuseNextIs(RefuseTarget target, std::size_t n, Fal::UnprogrammedReason reason) {
+   if (target == RefuseTarget::routes) {
+      refuseRoutes_ = n;
+      refuseRouteReason_ = reason;
+   } else {
+      refuseAdjs_ = n;
+      refuseAdjReason_ = reason;
+   }
+}
+
+std::size_t Chip::refusalsLeft(RefuseTarget target) const {
+   return target == RefuseTarget::routes ? refuseRoutes_ : refuseAdjs_;
+}
+
+void Chip::interfaceReadyIs(Wire::IntfId intf, bool ready) {
+   bool changed = ready ? notReady_.erase(intf) != 0 : notReady_.insert(intf).second;
+   if (changed) {
+      reexamine();
+   }
+}
+
+void Chip::confirmRoutingIs(bool v) {
+   confirmRouting_ = v;
+   for (const auto& [id, vrf] : config_->vrfConfigMap()) {
+      dirty_[id].routing = true;
+   }
+   arm();
+}
+
+void Chip::vrfConfigChanged(Fal::VrfId id) {
+   auto vrf = config_->vrfConfig(id);
+   if (!vrf) {
+      removeVrf(id);
+      return;
+   }
+   vrf_[id].reactor = std::make_unique<VrfReactor>(vrf, *this);
+   markAll(id);
+   arm();
+}
+
+void Chip::markAll(Fal::VrfId id) {
+   auto& d = dirty_[id];
+   d.routing = true;
+   if (auto vrf = config_->vrfConfig(id)) {
+      for (const auto& [key, r] : vrf->routeMap()) {
+         d.routes.insert(key);
+      }
+      for (const auto& [adj, n] : vrf->l2AdjacencyMap()) {
+         d.adjs.insert(adj);
+      }
+   }
+   // What the status holds without configuration behind it is stale and must go.
+   if (auto status = status_->vrfStatus(id)) {
+      for (const auto& [key, r] : status->routeMap()) {
+         d.routes.insert(key);
+      }
+      for (const auto& [key, flag] : status->unprogrammedRouteMap()) {
+         d.routes.insert(key);
+      }
+      for (const auto& [adj, n] : status->l2AdjacencyMap()) {
+         d.adjs.insert(adj);
+      }
+      for (const auto& [adj, flag] : status->unprogrammedAdjacencyMap()) {
+         d.adjs.insert(adj);
+      }
+   }
+}
+
+void Chip::reexamine() {
+   for (const auto& [id, vrf] : config_->vrfConfigMap()) {
+      markAll(id);
+   }
+   arm();
+}
+
+void Chip::arm() {
+   if (task_->pending()) {
+      return;
+   }
+   if (answerDelay_ > 0) {
+      task_->scheduleAfter(answerDelay_);
+   } else {
+      task_->schedule();
+   }
+}
+
+void Chip::removeVrf(Fal::VrfId id) {
+   dirty_.erase(id);
+   vrf_.erase(id);
+   auto status = status_->vrfStatus(id);
+   if (!status) {
+      return;
+   }
+   routesInHw_ -= std::min(routesInHw_, status->routes());
+   adjsInHw_ -= std::min(adjsInHw_, status->l2Adjacencies());
+   status->routeDelAll();
+   status->unprogrammedRouteDelAll();
+   status->l2AdjacencyDelAll();
+   status->unprogrammedAdjacencyDelAll();
+   status_->vrfStatusDel(id);
+}
+
+void Chip::run() {
+   // Answer in VRF order; work that arrives while answering waits for the next run.
+   auto work = std::move(dirty_);
+   dirty_.clear();
+   for (auto& [id, d] : work) {
+      answerVrf(id, d);
+   }
+}
+
+void Chip::answerVrf(Fal::VrfId id, Dirty& d) {
+   auto config = config_->vrfConfig(id);
+   if (!config) {
+      return;
+   }
+   auto status = status_->vrfStatusIs(id);
+   if (d.routing && confirmRouting_) {
+      status->mplsRoutingIs(config->mplsRouting());
+   }
+   // Deterministic order whatever the hash tables did: adjacencies by index, routes by label.
+   std::vector<Fal::L2AdjacencyPtr> adjs(d.adjs.begin(), d.adjs.end());
+   std::sort(adjs.begin(), adjs.end(),
+             [](const auto& a, const auto& b) { return a->index() < b->index(); });
+   std::vector<Mpls::RouteKey> routes(d.routes.begin(), d.routes.end());
+   std::sort(routes.begin(), routes.end());
+   // Deletions first, so that what they free serves the creations of the same answer.
+   for (const auto& key : routes) {
+      if (!config->routeHas(key)) {
+         programRoute(id, *config, *status, key);
+      }
+   }
+   for (const auto& adj : adjs) {
+      if (!config->l2AdjacencyHas(adj)) {
+         programAdjacency(id, *config, *status, adj);
+      }
+   }
+   for (const auto& adj : adjs) {
+      if (config->l2AdjacencyHas(adj)) {
+         programAdjacency(id, *config, *status, adj);
+      }
+   }
+   for (const auto& key : routes) {
+      if (config->routeHas(key)) {
+         programRoute(id, *config, *status, key);
+      }
+   }
+}
+
+bool Chip::takeRefusal(RefuseTarget target, Fal::UnprogrammedReason& reason) {
+   std::size_t& left = target == RefuseTarget::routes ? refuseRoutes_ : refuseAdjs_;
+   if (left == 0) {
+      return false;
+   }
+   --left;
+   reason = target == RefuseTarget::routes ? refuseRouteReason_ : refuseAdjReason_;
+   return true;
+}
+
+bool Chip::egressReady(const Fal::L2AdjacencyPtr& adj) const {
+   if (notReady_.empty()) {
+      return true;
+   }
+   for (const auto& via : adj->l2ViaSet()) {
+      if (notReady_.contains(via.l2Intf())) {
+         return false;
+      }
+   }
+   return true;
+}
+
+void Chip::programAdjacency(Fal::VrfId id, const Fal::MplsHwVrfConfig& config,
+                            Fal::MplsHwVrfStatus& status, const Fal::L2AdjacencyPtr& adj) {
+   VrfState& vrf = vrf_[id];
+   bool present = status.l2AdjacencyHas(adj);
+   if (!config.l2AdjacencyHas(adj)) {
+      if (present) {
+         --adjsInHw_;
+         ++adjDeletes_;
+         status.l2AdjacencyDel(adj);
+      }
+      status.unprogrammedAdjacencyDel(adj);
+      vrf.adjReason.erase(adj);
+      return;
+   }
+   std::uint32_t count = config.l2Adjacency(adj);
+   if (present && status.l2Adjacency(adj) == count) {
+      status.unprogrammedAdjacencyDel(adj);
+      vrf.adjReason.erase(adj);
+      return;
+   }
+   Fal::UnprogrammedReason reason = Fal::UnprogrammedReason::Success;
+   bool refused = takeRefusal(RefuseTarget::adjacencies, reason);
+   if (!refused && !present && adjsInHw_ >= adjCapacity_) {
+      refused = true;
+      reason = Fal::UnprogrammedReason::AdjacencyFull;
+   }
+   if (refused) {
+      // A refused reprogramming leaves the earlier programming in place.
+      ++refusals_;
+      vrf.adjReason[adj] = reason;
+      status.unprogrammedReasonIs(reason);
+      status.unprogrammedAdjacencyIs(adj, true);
+      return;
+   }
+   if (!present) {
+      ++adjsInHw_;
+   }
+   ++adjWrites_;
+   status.l2AdjacencyIs(adj, count);
+   status.unprogrammedAdjacencyDel(adj);
+   vrf.adjReason.erase(adj);
+}
+
+void Chip::refuseRoute(VrfState& vrf, Fal::MplsHwVrfStatus& status, const Mpls::RouteKey& key,
+                       Fal::UnprogrammedReason reason) {
+   ++refusals_;
+   if (status.routeHas(key)) {
+      --routesInHw_;
+      status.routeDel(key);
+   }
+   vrf.routeReason[key] = reason;
+   status.unprogrammedReasonIs(reason);
+   status.unprogrammedRouteIs(key, true);
+}
+
+void Chip::programRoute(Fal::VrfId id, const Fal::MplsHwVrfConfig& config,
+                        Fal::MplsHwVrfStatus& status, const Mpls::RouteKey& key) {
+   VrfState& vrf = vrf_[id];
+   bool present = status.routeHas(key);
+   Fal::MplsHwRoute route = config.route(key);
+   if (!route) {
+      if (present) {
+         --routesInHw_;
+         ++routeDeletes_;
+         status.routeDel(key);
+      }
+      status.unprogrammedRouteDel(key);
+      vrf.routeReason.erase(key);
+      return;
+   }
+   if (present && status.route(key) == route) {
+      status.unprogrammedRouteDel(key);
+      vrf.routeReason.erase(key);
+      return;
+   }
+   const Fal::L2AdjacencyPtr& adj = route.l2Adjacency();
+   Fal::UnprogrammedReason reason = Fal::UnprogrammedReason::Success;
+   if (!adj || !status.l2AdjacencyHas(adj)) {
+      refuseRoute(vrf, status, key, Fal::UnprogrammedReason::AdjacencyFull);
+      return;
+   }
+   if (!egressReady(adj)) {
+      refuseRoute(vrf, status, key, Fal::UnprogrammedReason::InterfaceNotReady);
+      return;
+   }
+   if (takeRefusal(RefuseTarget::routes, reason)) {
+      refuseRoute(vrf, status, key, reason);
+      return;
+   }
+   if (!present && !routeRoom()) {
+      refuseRoute(vrf, status, key, Fal::UnprogrammedReason::RouteFull);
+      return;
+   }
+   if (!present) {
+      ++routesInHw_;
+   }
+   ++routeWrites_;
+   status.routeIs(route);
+   status.unprogrammedRouteDel(key);
+   vrf.routeReason.erase(key);
+}
+
+Fal::UnprogrammedReason Chip::routeReason(Fal::VrfId id, const Mpls::RouteKey& key) const {
+   auto it = vrf_.find(id);
+   if (it == vrf_.end()) {
+      return Fal::UnprogrammedReason::Success;
+   }
+   return Kor::mapValueOr(it->second.routeReason, key, Fal::UnprogrammedReason::Success);
+}
+
+Fal::UnprogrammedReason Chip::adjacencyReason(Fal::VrfId id, const Fal::L2AdjacencyPtr& adj) const {
+   auto it = vrf_.find(id);
+   if (it == vrf_.end()) {
+      return Fal::UnprogrammedReason::Success;
+   }
+   return Kor::mapValueOr(it->second.adjReason, adj, Fal::UnprogrammedReason::Success);
+}
+
+}  // namespace sim

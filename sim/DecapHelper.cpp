@@ -1,0 +1,108 @@
+#include "DecapHelper.h"
+
+#include <sstream>
+
+namespace sim {
+
+DecapHelper::DecapHelper(const Kor::Name& name, Kor::Ptr<const Loom::TimerWheel> timerWheel)
+    : FalHelper::MplsDecapHelperWithDot1qMap(name, std::move(timerWheel)) {}
+
+Mpls::LfibHwProgrammingReturnCode DecapHelper::admit(bool present) {
+   ++creates_;
+   if (refuse_ > 0) {
+      --refuse_;
+      ++refusals_;
+      return refuseRc_;
+   }
+   if (!present && mappings() >= capacity_) {
+      ++refusals_;
+      return Mpls::lfibHwProgrammingResourceFull_;
+   }
+   return Mpls::lfibHwProgrammingSuccess_;
+}
+
+void DecapHelper::mismatch(std::string text) {
+   ++mismatchedDeletes_;
+   if (mismatchTexts_.size() < 16) {
+      mismatchTexts_.push_back(std::move(text));
+   }
+}
+
+Mpls::LfibHwProgrammingReturnCode DecapHelper::createLabelToVlanMapping(Wire::MplsLabel label,
+                                                                        Bridging::VlanId vlanId,
+                                                                        bool flood) {
+   auto rc = admit(vlan_.contains(label));
+   if (rc == Mpls::lfibHwProgrammingSuccess_) {
+      vlan_[label] = VlanMapping{vlanId, flood};
+   }
+   return rc;
+}
+
+void DecapHelper::deleteLabelToVlanMapping(Wire::MplsLabel label, Bridging::VlanId vlanId,
+                                           bool flood) {
+   ++deletes_;
+   auto it = vlan_.find(label);
+   if (it == vlan_.end()) {
+      return;
+   }
+   if (!(it->second == VlanMapping{vlanId, flood})) {
+      std::ostringstream os;
+      os << "deleteLabelToVlanMapping(" << label << ", " << vlanId << ", " << flood
+         << ") against vlan " << it->second.vlanId << " flood " << it->second.flood;
+      mismatch(os.str());
+   }
+   vlan_.erase(it);
+}
+
+Mpls::LfibHwProgrammingReturnCode DecapHelper::createLabelDot1qToVlanMapping(
+    Wire::MplsLabel label, Bridging::VlanId dot1qTag, Bridging::VlanIdOrNone vlanId, bool flood) {
+   Dot1qKey key(label, dot1qTag);
+   auto rc = admit(dot1q_.contains(key));
+   if (rc == Mpls::lfibHwProgrammingSuccess_) {
+      dot1q_[key] = Dot1qMapping{vlanId, flood};
+   }
+   return rc;
+}
+
+void DecapHelper::deleteLabelDot1qToVlanMapping(Wire::MplsLabel label, Bridging::VlanId dot1qTag,
+                                                bool flood) {
+   ++deletes_;
+   auto it = dot1q_.find(Dot1qKey(label, dot1qTag));
+   if (it == dot1q_.end()) {
+      return;
+   }
+   if (it->second.flood != flood) {
+      std::ostringstream os;
+      os << "deleteLabelDot1qToVlanMapping(" << label << ", " << dot1qTag << ", " << flood
+         << ") against flood " << it->second.flood;
+      mismatch(os.str());
+   }
+   dot1q_.erase(it);
+}
+
+Mpls::LfibHwProgrammingReturnCode DecapHelper::createLabelToVrfMapping(
+    Wire::MplsLabel label, L3::VrfName vrfName, Mpls::PayloadType payloadType) {
+   auto rc = admit(vrf_.contains(label));
+   if (rc == Mpls::lfibHwProgrammingSuccess_) {
+      vrf_[label] = VrfMapping{std::move(vrfName), payloadType};
+   }
+   return rc;
+}
+
+void DecapHelper::deleteLabelToVrfMapping(Wire::MplsLabel label, L3::VrfName vrfName,
+                                          Mpls::PayloadType payloadType) {
+   ++deletes_;
+   auto it = vrf_.find(label);
+   if (it == vrf_.end()) {
+      return;
+   }
+   if (!(it->second == VrfMapping{vrfName, payloadType})) {
+      std::ostringstream os;
+      os << "deleteLabelToVrfMapping(" << label << ", " << vrfName << ", " << payloadType
+         << ") against vrf " << it->second.vrfName << " payload " << it->second.payloadType;
+      mismatch(os.str());
+   }
+   vrf_.erase(it);
+}
+
+}  // namespace sim
