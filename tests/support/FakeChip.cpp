@@ -3,17 +3,17 @@
 namespace TestSupport {
 
 class FakeChip::ConfigReactor : public Fal::MplsHwConfig::NotifieeConst {
-public:
+ public:
    ConfigReactor(Kor::Ptr<const Fal::MplsHwConfig> c, FakeChip& chip)
        : Fal::MplsHwConfig::NotifieeConst(std::move(c)), chip_(chip) {}
    void onVrfConfig(Fal::VrfId id) override { chip_.vrfConfigChanged(id); }
 
-private:
+ private:
    FakeChip& chip_;
 };
 
 class FakeChip::VrfReactor : public Fal::MplsHwVrfConfig::NotifieeConst {
-public:
+ public:
    VrfReactor(Kor::Ptr<const Fal::MplsHwVrfConfig> c, FakeChip& chip)
        : Fal::MplsHwVrfConfig::NotifieeConst(std::move(c)), chip_(chip) {}
    void onMplsRouting() override {
@@ -29,7 +29,7 @@ public:
       chip_.dirty();
    }
 
-private:
+ private:
    FakeChip& chip_;
 };
 
@@ -43,7 +43,9 @@ FakeChip::FakeChip(Kor::Ptr<Loom::EventLoop> loop, Kor::Ptr<Fal::MplsHwConfig> c
    }
 }
 
-FakeChip::~FakeChip() { task_->unschedule(); }
+FakeChip::~FakeChip() {
+   task_->unschedule();
+}
 
 void FakeChip::vrfConfigChanged(Fal::VrfId id) {
    auto vrf = config_->vrfConfig(id);
@@ -63,7 +65,19 @@ void FakeChip::vrfConfigChanged(Fal::VrfId id) {
    dirty();
 }
 
-void FakeChip::dirty() { task_->schedule(); }
+void FakeChip::dirty() {
+   task_->schedule();
+}
+
+void FakeChip::confirmRoutingIs(bool v) {
+   confirmRouting_ = v;
+   if (v) {
+      for (const auto& [id, vrf] : config_->vrfConfigMap()) {
+         dirty_[id].routing = true;
+      }
+      dirty();
+   }
+}
 
 void FakeChip::reprogramAll() {
    for (const auto& [id, vrf] : config_->vrfConfigMap()) {
@@ -132,6 +146,7 @@ void FakeChip::programRoute(Fal::MplsHwVrfConfig& config, Fal::MplsHwVrfStatus& 
       status.unprogrammedRouteDel(key);
       return;
    }
+   ++routeAttempts_;
    bool adjOk = route.l2Adjacency() && status.l2AdjacencyHas(route.l2Adjacency());
    bool fits = status.routeHas(key) || status.routes() < routeCapacity_;
    if (refuseRoutes_ > 0 || !fits || !adjOk) {

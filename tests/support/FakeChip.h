@@ -15,7 +15,7 @@ namespace TestSupport {
 // in the hardware status one loop step later, as a platform does, with finite route and L2
 // adjacency tables, refusals on demand, and an interface that is not ready.
 class FakeChip {
-public:
+ public:
    FakeChip(Kor::Ptr<Loom::EventLoop> loop, Kor::Ptr<Fal::MplsHwConfig> config,
             Kor::Ptr<Fal::MplsHwStatus> status);
    ~FakeChip();
@@ -30,12 +30,15 @@ public:
    // Re-examines every configured route and adjacency (after a capacity change, say).
    void reprogramAll();
    // Whether the chip follows the configuration's MPLS routing flag (off: never confirms).
-   void confirmRoutingIs(bool v) { confirmRouting_ = v; }
+   // Turning it on answers the flag as it stands at the next step.
+   void confirmRoutingIs(bool v);
 
+   // Successful route and adjacency programmings, and every route programming tried.
    std::uint64_t routeWrites() const { return routeWrites_; }
    std::uint64_t adjacencyWrites() const { return adjWrites_; }
+   std::uint64_t routeAttempts() const { return routeAttempts_; }
 
-private:
+ private:
    class ConfigReactor;
    class VrfReactor;
    void vrfConfigChanged(Fal::VrfId vrfId);
@@ -64,6 +67,7 @@ private:
    bool confirmRouting_ = true;
    std::uint64_t routeWrites_ = 0;
    std::uint64_t adjWrites_ = 0;
+   std::uint64_t routeAttempts_ = 0;
 };
 
 }  // namespace TestSupport

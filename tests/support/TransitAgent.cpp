@@ -32,9 +32,13 @@ TransitAgent::TransitAgent(Options opts) : options(opts) {
    if (options.fecForwarding) {
       fecRequest = Kor::make<Fal::FecIdToHwFecIdRequest>("fecRequest");
       fecResponse = Kor::make<Fal::FecIdToHwFecIdResponse>("fecResponse");
+      fecService = std::make_unique<FakeFecIdService>(loop, fecRequest, fecResponse);
+      if (options.helper) {
+         helper = Kor::make<FakeMplsSmHelper>();
+      }
    }
-   resolver = Kor::make<Fal::RouteResolver>(ipRoutes, routeReactorConfig, route6ReactorConfig,
-                                            l3Status);
+   resolver =
+       Kor::make<Fal::RouteResolver>(ipRoutes, routeReactorConfig, route6ReactorConfig, l3Status);
    chip = std::make_unique<FakeChip>(loop, hwConfig, hwStatus);
    start();
 }
@@ -42,10 +46,12 @@ TransitAgent::TransitAgent(Options opts) : options(opts) {
 TransitAgent::~TransitAgent() {
    stop();
    chip.reset();
+   fecService.reset();
    Log::LogFacility::timeSourceIs(nullptr);
 }
 
 void TransitAgent::start() {
+   ++generation_;
    sm = Fal::MplsSmIs(mplsStatus, routingInfo, lfib, ipRoutes, hwMplsStatus, routeReactorConfig,
                       route6ReactorConfig, hwConfig, hwStatus, l3Status, monitoredNhSm,
                       entityManager, attrLogSm, clock);
@@ -53,9 +59,14 @@ void TransitAgent::start() {
       sm->hwFecIdRequestIs(fecRequest);
       sm->hwFecIdResponseIs(fecResponse);
    }
+   if (helper) {
+      sm->mplsSmHelperIs(helper);
+   }
 }
 
-void TransitAgent::stop() { sm = nullptr; }
+void TransitAgent::stop() {
+   sm = nullptr;
+}
 
 Mpls::LfibViaKey TransitAgent::mplsVia(std::uint32_t index, const std::string& nextHop,
                                        Wire::IntfId intf, std::uint32_t outLabel,
@@ -67,6 +78,21 @@ Mpls::LfibViaKey TransitAgent::mplsVia(std::uint32_t index, const std::string& n
    }
    lfib->mplsViaIs(Mpls::LfibMplsVia(key, Wire::IpGenAddr::parse(nextHop), intf, op, action,
                                      Mpls::payloadTypeMpls_));
+   return key;
+}
+
+Mpls::LfibViaKey TransitAgent::mplsViaWith(std::uint32_t index, const std::string& nextHop,
+                                           Wire::IntfId intf,
+                                           const std::vector<std::uint32_t>& labels,
+                                           Wire::MplsLabelAction action,
+                                           Mpls::PayloadType payload) {
+   Mpls::LfibViaKey key(Mpls::viaTypeMplsIp_, index, Mpls::lfibSourceStatic_);
+   Wire::MplsLabelOperation op;
+   for (std::uint32_t label : labels) {
+      op.push(Wire::MplsLabel(label));
+   }
+   lfib->mplsViaIs(
+       Mpls::LfibMplsVia(key, Wire::IpGenAddr::parse(nextHop), intf, op, action, payload));
    return key;
 }
 
@@ -118,23 +144,34 @@ void TransitAgent::neighborDel(const std::string& addr, Wire::IntfId intf) {
 
 void TransitAgent::ipRoute(const std::string& prefix, std::uint8_t length,
                            const std::string& gateway, Wire::IntfId intf) {
-   ipRoutes->routeIs(
-       Routing::Hardware::IpRouteKey(Fal::VrfId(0),
-                                     L3::IpPrefix(Wire::IpGenAddr::parse(prefix), length)),
-       Routing::Hardware::IpRoute::gateway(Wire::IpGenAddr::parse(gateway), intf));
+   ipRoutes->routeIs(Routing::Hardware::IpRouteKey(
+                         Fal::VrfId(0), L3::IpPrefix(Wire::IpGenAddr::parse(prefix), length)),
+                     Routing::Hardware::IpRoute::gateway(Wire::IpGenAddr::parse(gateway), intf));
 }
 
 void TransitAgent::connectedRoute(const std::string& prefix, std::uint8_t length,
                                   Wire::IntfId intf) {
-   ipRoutes->routeIs(
-       Routing::Hardware::IpRouteKey(Fal::VrfId(0),
-                                     L3::IpPrefix(Wire::IpGenAddr::parse(prefix), length)),
-       Routing::Hardware::IpRoute::connected(intf));
+   ipRoutes->routeIs(Routing::Hardware::IpRouteKey(
+                         Fal::VrfId(0), L3::IpPrefix(Wire::IpGenAddr::parse(prefix), length)),
+                     Routing::Hardware::IpRoute::connected(intf));
 }
 
 Fal::MplsHwRoute TransitAgent::configRoute(std::uint32_t label) const {
    auto vrf = vrfConfig();
    return vrf ? vrf->route(Mpls::RouteKey(Wire::MplsLabel(label))) : Fal::MplsHwRoute();
+}
+
+Kor::Ptr<Fal::MplsRoute> TransitAgent::stateRoute(std::uint32_t label) const {
+   auto s = state();
+   return s ? s->route(key(label)) : nullptr;
+}
+
+Fal::L3AdjacencyPtr TransitAgent::l3Adj(const Mpls::LfibViaSetKey& viaSet) const {
+   auto s = state();
+   if (!s || !s->lFibViaSetToL3AdjHas(viaSet)) {
+      return nullptr;
+   }
+   return s->l3Adjacency(s->lFibViaSetToL3Adj(viaSet));
 }
 
 bool TransitAgent::programmed(std::uint32_t label) const {

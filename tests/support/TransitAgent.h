@@ -11,17 +11,33 @@
 #include <mplsfwd/transit/FalMplsSm.h>
 
 #include "FakeChip.h"
+#include "FakeFecPlatform.h"
 
 namespace TestSupport {
+
+// What the invariant checker remembers between its calls about one run of the state machine:
+// every adjacency index it has seen, with its kind and the object last seen under it, and the
+// indices that have gone. A restart begins a new run (the machine numbers afresh).
+struct AdjacencyIndexHistory {
+   enum class Kind : std::uint8_t { l3, l2 };
+   struct Seen {
+      Kind kind;
+      const void* object;
+   };
+   std::uint64_t generation = 0;
+   Kor::HashMap<std::uint64_t, Seen> alive;
+   Kor::HashSet<std::uint64_t> gone;
+};
 
 // Everything a transit state machine needs, assembled the way an agent does it, over simulated
 // time and a fake chip; plus builders that keep each test to a few lines.
 class TransitAgent {
-public:
+ public:
    struct Options {
       bool fecForwarding = false;  // give the machine the FEC request and response tables
       bool mplsRouting = true;     // the control plane's switch
       bool vrfNameKnown = true;    // the L3 status names VRF 0 "default"
+      bool helper = true;          // with fecForwarding: give the machine a route helper
    };
 
    TransitAgent() : TransitAgent(Options()) {}
@@ -31,6 +47,8 @@ public:
    // (Re)creates the state machine over the current tables, as after an agent restart.
    void start();
    void stop();
+   // Incremented by every start(): one run of the state machine.
+   std::uint64_t generation() const { return generation_; }
 
    // Runs the loop until nothing is due within `seconds` of simulated time.
    void settle(double seconds = 1.0) { loop->advance(seconds); }
@@ -42,9 +60,17 @@ public:
    Mpls::LfibViaSetKey viaSet(std::uint32_t index, const std::vector<Mpls::LfibViaKey>& vias,
                               Mpls::LfibViaSetKey backup = Mpls::LfibViaSetKey(),
                               Mpls::LfibSource source = Mpls::lfibSourceStatic_);
+   // A via with any label stack, label action and payload type (tunnels, next-hop groups, label
+   // stacks the transit layer refuses).
+   Mpls::LfibViaKey mplsViaWith(std::uint32_t index, const std::string& nextHop, Wire::IntfId intf,
+                                const std::vector<std::uint32_t>& labels,
+                                Wire::MplsLabelAction action = Wire::MplsLabelAction::swap,
+                                Mpls::PayloadType payload = Mpls::payloadTypeMpls_);
    Mpls::LfibViaSetKey extFecViaSet(std::uint32_t index, Memtab::Fib::FecId fecId);
+   void viaSetDel(const Mpls::LfibViaSetKey& key) { lfib->viaSetDel(key); }
    Mpls::RouteKey route(std::uint32_t label, Mpls::LfibViaSetKey viaSet);
    void routeDel(std::uint32_t label);
+   static Mpls::RouteKey key(std::uint32_t label) { return Mpls::RouteKey(Wire::MplsLabel(label)); }
 
    // L3 builders: a neighbour on an interface, and an IP route for the resolver.
    void neighbor(const std::string& addr, Wire::IntfId intf, const std::string& mac,
@@ -63,6 +89,9 @@ public:
       return sm ? sm->mplsState(L3::VrfName::defaultVrf()) : nullptr;
    }
    std::uint64_t logged(const std::string& name) const { return logSink.count(name); }
+   // The machine's records of one route and of the L3 adjacency of one via set (null if none).
+   Kor::Ptr<Fal::MplsRoute> stateRoute(std::uint32_t label) const;
+   Fal::L3AdjacencyPtr l3Adj(const Mpls::LfibViaSetKey& viaSet) const;
 
    Options options;
    Kor::Ptr<Loom::EventLoop> loop;
@@ -84,11 +113,15 @@ public:
    Kor::Ptr<Fal::FecIdToHwFecIdResponse> fecResponse;
    Kor::Ptr<Fal::RouteResolver> resolver;
    std::unique_ptr<FakeChip> chip;
+   std::unique_ptr<FakeFecIdService> fecService;
+   Kor::Ptr<FakeMplsSmHelper> helper;
    Kor::Ptr<Fal::MplsSm> sm;
    Log::MemoryLogSink logSink;
+   AdjacencyIndexHistory indexHistory;
 
-private:
+ private:
    std::unique_ptr<Log::LogSinkScope> logScope_;
+   std::uint64_t generation_ = 0;
 };
 
 }  // namespace TestSupport

@@ -1,9 +1,11 @@
 #include <gtest/gtest.h>
 
 #include "support/TransitAgent.h"
+#include "support/TransitInvariants.h"
 
 namespace {
 
+using TestSupport::settleAndCheck;
 using TestSupport::TransitAgent;
 
 const Wire::IntfId kVlan10 = Wire::IntfId::vlan(10);
@@ -12,14 +14,14 @@ TEST(TransitBasic, RouteReachesHardwareOnceNextHopResolves) {
    TransitAgent a;
    auto set = a.viaSet(1, {a.mplsVia(1, "10.0.0.2", kVlan10, 2000)});
    a.route(100, set);
-   a.settle();
+   settleAndCheck(a);
    // Nothing is programmed before the next hop resolves.
    EXPECT_TRUE(!a.configRoute(100));
    ASSERT_TRUE(a.state());
    EXPECT_EQ(a.monitoredNhSm->entries(), 1u);
 
    a.neighbor("10.0.0.2", kVlan10, "00:00:00:00:00:02");
-   a.settle();
+   settleAndCheck(a);
    Fal::MplsHwRoute r = a.configRoute(100);
    ASSERT_FALSE(!r);
    ASSERT_TRUE(r.l2Adjacency());
@@ -37,10 +39,10 @@ TEST(TransitBasic, DeletionReleasesEverything) {
    a.neighbor("10.0.0.2", kVlan10, "00:00:00:00:00:02");
    auto set = a.viaSet(1, {a.mplsVia(1, "10.0.0.2", kVlan10)});
    a.route(100, set);
-   a.settle();
+   settleAndCheck(a);
    ASSERT_TRUE(a.programmed(100));
    a.routeDel(100);
-   a.settle();
+   settleAndCheck(a);
    EXPECT_TRUE(!a.configRoute(100));
    EXPECT_EQ(a.vrfConfig()->l2Adjacencies(), 0u);
    EXPECT_EQ(a.monitoredNhSm->entries(), 0u);
@@ -61,7 +63,7 @@ TEST(TransitBasic, RouteResolverModeAndSharedL2Adjacency) {
    auto v2 = a.mplsVia(2, "10.1.0.5", Wire::IntfId(), 3000);
    a.route(100, a.viaSet(1, {v1}));
    a.route(101, a.viaSet(2, {v2}));
-   a.settle();
+   settleAndCheck(a);
    ASSERT_TRUE(a.programmed(100));
    ASSERT_TRUE(a.programmed(101));
    EXPECT_EQ(a.configRoute(100).l2Adjacency(), a.configRoute(101).l2Adjacency());
