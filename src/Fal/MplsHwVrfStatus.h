@@ -20,7 +20,7 @@ public:
       virtual void onUnprogrammedRoute(const Mpls::RouteKey&) {}
       virtual void onUnprogrammedAdjacency(const L2AdjacencyPtr&) {}
    };
-   using UnprogrammedRouteMap = Kor::HashMap<Mpls::RouteKey, bool>;
+   using UnprogrammedRouteMap = Kor::FlatHashMap<Mpls::RouteKey, bool>;
    using UnprogrammedAdjacencyMap = Kor::HashMap<L2AdjacencyPtr, bool>;
 
    using MplsHwVrfTables::MplsHwVrfTables;

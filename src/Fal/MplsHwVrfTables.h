@@ -22,7 +22,7 @@ using L2AdjacencyPtr = Kor::Ptr<Mpls::Hardware::L2Adjacency>;
 template <class Self>
 class MplsHwVrfTables : public Kor::Entity {
 public:
-   using RouteMap = Kor::HashMap<Mpls::RouteKey, MplsHwRoute>;
+   using RouteMap = Kor::FlatHashMap<Mpls::RouteKey, MplsHwRoute>;
    using L2AdjacencyMap = Kor::HashMap<L2AdjacencyPtr, std::uint32_t>;
 
    class TablesNotifiee : public Kor::Notifiee<Self> {
@@ -82,7 +82,7 @@ public:
          if (it->second == r) {
             return;
          }
-         it->second = r;
+         Kor::valueOf(it) = r;
       }
       notify(&TablesNotifiee::onRoute, r.routeKey());
    }
@@ -91,7 +91,7 @@ public:
       if (it == route_.end()) {
          return MplsHwRoute();
       }
-      MplsHwRoute removed = std::move(it->second);
+      MplsHwRoute removed = std::move(Kor::valueOf(it));
       route_.erase(it);
       notify(&TablesNotifiee::onRoute, key);
       return removed;

@@ -24,7 +24,7 @@ class ExternalFecInfo;
 using L3AdjacencyPtr = Kor::Ptr<L3Adjacency>;
 using MplsL2AdjacencyPtr = Kor::Ptr<MplsL2Adjacency>;
 using ExternalFecInfoPtr = Kor::Ptr<ExternalFecInfo>;
-using RouteKeySet = Kor::HashSet<Mpls::RouteKey>;
+using RouteKeySet = Kor::FlatHashSet<Mpls::RouteKey>;
 using L3AdjacencySet = Kor::HashSet<L3AdjacencyPtr>;
 
 // The transit machine's bookkeeping objects. They hold each other by counted references in both

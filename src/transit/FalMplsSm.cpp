@@ -379,20 +379,36 @@ Kor::Ptr<MplsHwVrfConfig> MplsSm::falMplsHwVrfConfig(const L3::VrfName& vrf) {
 
 void MplsSm::refreshDefaultVrfId() {
    defaultVrfId_ = VrfId(0);
+   defaultVrfKnown_ = false;
    if (falL3Status_) {
       if (auto id = falL3Status_->vrfIdOf(defaultVrf())) {
          defaultVrfId_ = *id;
+         defaultVrfKnown_ = true;
       }
    }
 }
 
 Kor::Ptr<const MplsHwVrfStatus> MplsSm::falMplsHwVrfStatus(const L3::VrfName& vrf) const {
-   return mplsHwStatus_ ? Kor::Ptr<const MplsHwVrfStatus>(mplsHwStatus_->vrfStatus(vrfIdOf(vrf)))
-                        : nullptr;
+   // A status is found only through a known VRF name: until the L3 status names the VRF, the
+   // platform's answers for its id cannot be told to be ours.
+   if (!mplsHwStatus_ || !vrfKnown(vrf)) {
+      return nullptr;
+   }
+   return mplsHwStatus_->vrfStatus(vrfIdOf(vrf));
 }
 
 Kor::Ptr<MplsHwVrfStatus> MplsSm::falMplsHwVrfStatusNonConst(const L3::VrfName& vrf) {
-   return mplsHwStatus_ ? mplsHwStatus_->vrfStatus(vrfIdOf(vrf)) : nullptr;
+   if (!mplsHwStatus_ || !vrfKnown(vrf)) {
+      return nullptr;
+   }
+   return mplsHwStatus_->vrfStatus(vrfIdOf(vrf));
+}
+
+bool MplsSm::vrfKnown(const L3::VrfName& vrf) const {
+   if (vrf == defaultVrf()) {
+      return defaultVrfKnown_;
+   }
+   return falL3Status_ && falL3Status_->vrfIdOf(vrf).has_value();
 }
 
 bool MplsSm::platformRoutingEnabled(const L3::VrfName& vrf) const {

@@ -269,6 +269,8 @@ private:
                                        const Mpls::Hardware::L2ViaSet& l2ViaSet);
    void reviewPassEnded(double start);
    void refreshDefaultVrfId();
+   void acceptRoute(VrfMplsState& vrf, const Mpls::RouteKey& routeKey);
+   bool vrfKnown(const L3::VrfName& vrf) const;
    bool checkMplsIpLFibVias(const Mpls::LfibViaSet& viaSet, CachedLFibMplsViaColl* cache) const;
 
    Kor::Ptr<const Mpls::Status> mplsStatus_;
@@ -304,7 +306,7 @@ private:
    Kor::Ptr<Loom::NumAllocatorStatus> numAllocatorStatus_;
    Kor::Ptr<Loom::NumAllocator> numAllocator_;
    bool initialized_ = false;
-   Kor::HashSet<Mpls::RouteKey> mplsIpRouteKey_;
+   Kor::FlatHashSet<Mpls::RouteKey> mplsIpRouteKey_;
    Kor::HashMap<VrfId, std::unique_ptr<HwVrfStatusReactor>> mplsHwVrfStatus_;
    double defaultUnprogrammedRetryInterval_ = 10.0;
    // A route-resolver next hop resolves through a gateway whose neighbour entry may change on its
@@ -314,6 +316,7 @@ private:
    // Caches of what every route asks for: the default VRF's state, id and configuration.
    Kor::Ptr<VrfMplsState> defaultState_;
    VrfId defaultVrfId_;
+   bool defaultVrfKnown_ = false;
    Kor::Ptr<MplsHwVrfConfig> lastVrfConfig_;
    unsigned inPlaceToggleWord_ = 0;
 

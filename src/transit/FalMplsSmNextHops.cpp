@@ -297,6 +297,9 @@ void MplsSm::unlinkL2Adj(VrfMplsState& vrf, const L3AdjacencyPtr& l3Adj) {
       old->l3AdjacencyDel(l3Adj);
       l3Adj->l2AdjacencyIs(nullptr);
       l3Adj->hwL2AdjacencyIs(nullptr);
+      if (auto hwAdj = routingHwMplsStatus_->adjacency(l3Adj->index())) {
+         hwAdj->l2AdjacencyIs(nullptr);
+      }
       SM_TRACE(5, "add l2 adj " << old->index() << " for review");
       vrf.l2AdjForReviewIs(old->index(), true);
    }

@@ -66,10 +66,14 @@ void MplsSm::doReviewVrfs() {
    ++reviewCount_;
    double start = clock_->now();
    reviewEndTime_ = start + reviewQuanta_;
-   while (!vrfForReview_.empty()) {
-      L3::VrfName vrf = *vrfForReview_.begin();
+   // The VRFs asking for review when the pass starts; one that asks again during its own review
+   // (it has work left) waits for the wake-up that its request armed.
+   std::vector<L3::VrfName> vrfs(vrfForReview_.begin(), vrfForReview_.end());
+   for (const auto& vrf : vrfs) {
+      if (!vrfForReview_.erase(vrf)) {
+         continue;
+      }
       SM_TRACE(5, "review vrf " << vrf);
-      vrfForReview_.erase(vrfForReview_.begin());
       doReviewVrf(vrf);
       if (reviewYield()) {
          SM_DECISION(5, "vrf review yielding");

@@ -55,10 +55,23 @@ void MplsSm::handleLFibRoute(const Mpls::RouteKey& routeKey) {
       return;
    }
    state = mplsStateIs(vrf);
-   state->routeIs(routeKey);
+   acceptRoute(*state, routeKey);
    state->routeKeyForReviewIs(routeKey, true);
    SM_TRACE(8, "routeKey for review");
    doMaybeScheduleReview(vrf);
+}
+
+void MplsSm::acceptRoute(VrfMplsState& vrf, const Mpls::RouteKey& routeKey) {
+   if (vrf.route(routeKey)) {
+      return;
+   }
+   vrf.routeIs(routeKey);
+   // The platform may list the route as unprogrammed from before this state knew it (after a
+   // restart, say): count it, so that its removal from the list balances.
+   auto status = falMplsHwVrfStatus(vrf.vrfName());
+   if (status && status->unprogrammedRouteHas(routeKey)) {
+      vrf.numUnprogrammedRouteInc();
+   }
 }
 
 void MplsSm::handleLFibRoute() {
@@ -165,8 +178,9 @@ void MplsSm::processRouteKey(VrfMplsState& vrf, const Mpls::RouteKey& routeKey) 
          SM_DECISION(1, "adding route " << routeKey << " to unprogrammed list, reason "
                                         << UnprogrammedReason::RouteFull);
          if (status) {
-            status->unprogrammedRouteIs(routeKey, true);
+            // The reason first: the entry's own notification reads it.
             status->unprogrammedReasonIs(UnprogrammedReason::RouteFull);
+            status->unprogrammedRouteIs(routeKey, true);
          }
          route->unprogrammedIs(true);
       }
@@ -176,9 +190,11 @@ void MplsSm::processRouteKey(VrfMplsState& vrf, const Mpls::RouteKey& routeKey) 
          addRouteKeyToExtFecInfo(routeKey, extFec);
       }
    } else if (isAdjPendingForReview(vrf, *l3Adj)) {
+      // The adjacency's review puts its routes up for review again whenever what they would be
+      // programmed through changes, and after a review that could not program it; queueing the
+      // route here too would only process it once more for nothing.
       SM_TRACE(5, "not removing routeKey "
                       << routeKey << " because adj review is pending. Add routeKey for review again");
-      vrf.routeKeyForReviewIs(routeKey, true);
    } else {
       SM_TRACE(5, "unprog routeKey " << routeKey);
       unprogramRouteKey(vrf, routeKey);

@@ -78,7 +78,7 @@ void MplsSm::handleLFibViaSetHelper(const Mpls::LfibViaSetKey& key, bool delFrom
       SM_TRACE(1, "No L3Adj for viaSet. Scheduling all user Routes");
       for (const auto& routeKey : users) {
          if (mplsIpRouteKey_.contains(routeKey)) {
-            vrf->routeIs(routeKey);
+            acceptRoute(*vrf, routeKey);
             vrf->routeKeyForReviewIs(routeKey, true);
          }
       }

@@ -1,5 +1,7 @@
 #include "VrfMplsState.h"
 
+#include <mplsfwd/kor/AttrOps.h>
+
 namespace Fal {
 
 namespace {
@@ -8,7 +10,7 @@ template <class Map, class K>
 typename Map::mapped_type instantiate(Map& map, const K& key) {
    auto [it, inserted] = map.try_emplace(key);
    if (inserted) {
-      it->second = Kor::make<typename Map::mapped_type::element_type>(key);
+      Kor::valueOf(it) = Kor::make<typename Map::mapped_type::element_type>(key);
    }
    return it->second;
 }

@@ -23,7 +23,8 @@ public:
    template <class K, class V>
    using Map = Kor::HashMap<K, V>;
    template <class K>
-   using Set = Kor::HashSet<K>;
+   using Set = Kor::FlatHashSet<K>;
+   using RouteMap = Kor::FlatHashMap<Mpls::RouteKey, Kor::Ptr<MplsRoute>>;
 
    explicit VrfMplsState(const L3::VrfName& vrfName);
    ~VrfMplsState() override;
@@ -36,7 +37,7 @@ public:
    void routeDel(const Mpls::RouteKey& k) { route_.erase(k); }
    void routeDelAll() { route_.clear(); }
    std::size_t routes() const { return route_.size(); }
-   const Map<Mpls::RouteKey, Kor::Ptr<MplsRoute>>& routeMap() const { return route_; }
+   const RouteMap& routeMap() const { return route_; }
 
    Kor::Ptr<MplsNextHop> mplsNextHop(const IpAddrIntfId& k) const {
       return Kor::mapValueOr(mplsNextHop_, k);
@@ -175,7 +176,7 @@ private:
    }
 
    L3::VrfName vrfName_;
-   Map<Mpls::RouteKey, Kor::Ptr<MplsRoute>> route_;
+   RouteMap route_;
    Map<IpAddrIntfId, Kor::Ptr<MplsNextHop>> mplsNextHop_;
    Map<std::uint64_t, L3AdjacencyPtr> l3Adjacency_;
    Map<std::uint64_t, MplsL2AdjacencyPtr> l2Adjacency_;

@@ -17,6 +17,16 @@ bool assignIfChanged(T& field, U&& value) {
    return true;
 }
 
+// The writable value of a map entry, whichever kind of map the iterator belongs to.
+template <class It>
+auto& valueOf(It& it) {
+   if constexpr (requires { it.value(); }) {
+      return it.value();
+   } else {
+      return it->second;
+   }
+}
+
 // Insert or update one entry of a map; true when the entry was added or its value changed.
 template <class Map, class K, class V>
 bool mapAssignIfChanged(Map& map, const K& key, V&& value) {
@@ -27,7 +37,7 @@ bool mapAssignIfChanged(Map& map, const K& key, V&& value) {
    if (it->second == value) {
       return false;
    }
-   it->second = std::forward<V>(value);
+   valueOf(it) = std::forward<V>(value);
    return true;
 }
 

@@ -27,7 +27,7 @@ public:
    };
    using AdjacencyMap = Kor::HashMap<std::uint64_t, Kor::Ptr<Adjacency>>;
    using L2AdjacencyMap = Kor::HashMap<std::uint64_t, Kor::Ptr<L2Adjacency>>;
-   using RouteMap = Kor::HashMap<RouteKey, Route>;
+   using RouteMap = Kor::FlatHashMap<RouteKey, Route>;
 
    explicit Status(Kor::Name name) : Kor::Entity(std::move(name)) {}
 

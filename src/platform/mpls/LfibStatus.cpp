@@ -24,7 +24,7 @@ void LfibStatus::lfibRouteIs(const LfibRoute& route) {
          return;
       }
       unindexRoute(it->second);
-      it->second = route;
+      Kor::valueOf(it) = route;
    }
    indexRoute(route);
    notify(&NotifieeConst::onLfibRoute, route.key());
@@ -66,7 +66,7 @@ void LfibStatus::viaSetIs(const LfibViaSet& viaSet) {
          return;
       }
       unindexViaSet(it->second);
-      it->second = viaSet;
+      Kor::valueOf(it) = viaSet;
    }
    indexViaSet(viaSet);
    notify(&NotifieeConst::onViaSet, viaSet.key());

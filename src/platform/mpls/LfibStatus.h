@@ -35,9 +35,9 @@ public:
       virtual void onEvpnVlanAwareFloodVia(const LfibViaKey&) {}
       virtual void onDot1qTagToVlanColl(const LfibDot1qTagToVlanKey&) {}
    };
-   using RouteMap = Kor::HashMap<RouteKey, LfibRoute>;
+   using RouteMap = Kor::FlatHashMap<RouteKey, LfibRoute>;
    using ViaSetMap = Kor::HashMap<LfibViaSetKey, LfibViaSet>;
-   using RouteKeySet = Kor::HashSet<RouteKey>;
+   using RouteKeySet = Kor::FlatHashSet<RouteKey>;
    using ViaSetKeySet = Kor::HashSet<LfibViaSetKey>;
    using Dot1qCollMap = Kor::HashMap<LfibDot1qTagToVlanKey, Kor::Ptr<LfibDot1qTagToVlan>>;
 
