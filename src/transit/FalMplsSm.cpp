@@ -20,52 +20,47 @@ const L3::VrfName& defaultVrf() {
 
 // ---- Reactors: each forwards one input's changes to a handler, and only while it is live.
 
-class MplsSm::MplsStatusReactor : public Mpls::Status::NotifieeConst {
+namespace {
+template <class Notifiee>
+class SmReactor : public Notifiee {
 public:
-   MplsStatusReactor(Kor::Ptr<const Mpls::Status> s, MplsSm& sm)
-       : Mpls::Status::NotifieeConst(std::move(s)), sm_(sm) {}
+   SmReactor(Kor::Ptr<const typename Notifiee::NotifierType> notifier, MplsSm& sm)
+       : Notifiee(std::move(notifier)), sm_(sm) {}
+
+protected:
+   MplsSm& sm_;
+};
+}  // namespace
+
+class MplsSm::MplsStatusReactor : public SmReactor<Mpls::Status::NotifieeConst> {
+public:
+   using SmReactor::SmReactor;
    void onNexthopResolutionAllowDefaultRoute() override {
       sm_.handleNexthopResolutionAllowDefaultRoute();
    }
-
-private:
-   MplsSm& sm_;
 };
 
-class MplsSm::RoutingInfoReactor : public Mpls::RoutingInfo::NotifieeConst {
+class MplsSm::RoutingInfoReactor : public SmReactor<Mpls::RoutingInfo::NotifieeConst> {
 public:
-   RoutingInfoReactor(Kor::Ptr<const Mpls::RoutingInfo> r, MplsSm& sm)
-       : Mpls::RoutingInfo::NotifieeConst(std::move(r)), sm_(sm) {}
+   using SmReactor::SmReactor;
    void onMplsRouting() override { sm_.handleMplsRouting(notifier()->mplsRouting()); }
-
-private:
-   MplsSm& sm_;
 };
 
-class MplsSm::LfibReactor : public Mpls::LfibStatus::NotifieeConst {
+class MplsSm::LfibReactor : public SmReactor<Mpls::LfibStatus::NotifieeConst> {
 public:
-   LfibReactor(Kor::Ptr<const Mpls::LfibStatus> l, MplsSm& sm)
-       : Mpls::LfibStatus::NotifieeConst(std::move(l)), sm_(sm) {}
+   using SmReactor::SmReactor;
    void onLfibRoute(const Mpls::RouteKey& k) override { sm_.handleLFibRoute(k); }
-
-private:
-   MplsSm& sm_;
 };
 
-class MplsSm::TrackingStatusReactor : public Mpls::LfibTrackingStatus::NotifieeConst {
+class MplsSm::TrackingStatusReactor : public SmReactor<Mpls::LfibTrackingStatus::NotifieeConst> {
 public:
-   TrackingStatusReactor(Kor::Ptr<const Mpls::LfibTrackingStatus> t, MplsSm& sm)
-       : Mpls::LfibTrackingStatus::NotifieeConst(std::move(t)), sm_(sm) {}
+   using SmReactor::SmReactor;
    void onViaSetKeyBacklog(const Mpls::LfibViaSetKey& k) override { sm_.handleLFibViaSet(k); }
-
-private:
-   MplsSm& sm_;
 };
 
-class MplsSm::HwStatusReactor : public MplsHwStatus::NotifieeConst {
+class MplsSm::HwStatusReactor : public SmReactor<MplsHwStatus::NotifieeConst> {
 public:
-   HwStatusReactor(Kor::Ptr<const MplsHwStatus> s, MplsSm& sm)
-       : MplsHwStatus::NotifieeConst(std::move(s)), sm_(sm) {}
+   using SmReactor::SmReactor;
    void onVrfStatus(VrfId vrfId) override {
       auto status = sm_.mplsHwStatus()->vrfStatus(vrfId);
       if (status) {
@@ -74,15 +69,11 @@ public:
          sm_.mplsHwVrfStatusDel(vrfId);
       }
    }
-
-private:
-   MplsSm& sm_;
 };
 
-class MplsSm::HwVrfStatusReactor : public MplsHwVrfStatus::NotifieeConst {
+class MplsSm::HwVrfStatusReactor : public SmReactor<MplsHwVrfStatus::NotifieeConst> {
 public:
-   HwVrfStatusReactor(Kor::Ptr<const MplsHwVrfStatus> s, MplsSm& sm)
-       : MplsHwVrfStatus::NotifieeConst(std::move(s)), sm_(sm) {}
+   using SmReactor::SmReactor;
    void onMplsRouting() override {
       sm_.handleHwRoutingEnabled(notifier()->vrfId(), notifier()->mplsRouting());
    }
@@ -95,42 +86,27 @@ public:
    void onUnprogrammedAdjacency(const L2AdjacencyPtr& a) override {
       sm_.handleUnprogrammedAdj(notifier()->vrfId(), a);
    }
-
-private:
-   MplsSm& sm_;
 };
 
-class MplsSm::L3StatusReactor : public L3Status::NotifieeConst {
+class MplsSm::L3StatusReactor : public SmReactor<L3Status::NotifieeConst> {
 public:
-   L3StatusReactor(Kor::Ptr<const L3Status> s, MplsSm& sm)
-       : L3Status::NotifieeConst(std::move(s)), sm_(sm) {}
+   using SmReactor::SmReactor;
    void onNextHopInfo(const NextHopKey& k) override { sm_.handleNextHop(k); }
    void onResolvedV4(const VrfAndIpAddr& k) override { sm_.handleResolvedV4Nexthop(k); }
    void onResolvedV6(const VrfAndIpGenAddr& k) override { sm_.handleResolvedV6Nexthop(k); }
    void onVrfName(VrfId vrfId) override { sm_.handleVrfName(vrfId); }
-
-private:
-   MplsSm& sm_;
 };
 
-class MplsSm::HwFecIdResponseReactor : public FecIdToHwFecIdResponse::NotifieeConst {
+class MplsSm::HwFecIdResponseReactor : public SmReactor<FecIdToHwFecIdResponse::NotifieeConst> {
 public:
-   HwFecIdResponseReactor(Kor::Ptr<const FecIdToHwFecIdResponse> r, MplsSm& sm)
-       : FecIdToHwFecIdResponse::NotifieeConst(std::move(r)), sm_(sm) {}
+   using SmReactor::SmReactor;
    void onHwFecId(Memtab::Fib::FecId fecId) override { sm_.handleHwFecIdResponse(fecId); }
-
-private:
-   MplsSm& sm_;
 };
 
-class MplsSm::ClockReactor : public Kor::Clock::NotifieeConst {
+class MplsSm::ClockReactor : public SmReactor<Kor::Clock::NotifieeConst> {
 public:
-   ClockReactor(Kor::Ptr<const Kor::Clock> c, MplsSm& sm)
-       : Kor::Clock::NotifieeConst(std::move(c)), sm_(sm) {}
+   using SmReactor::SmReactor;
    void onTimeMin() override { sm_.doReviewVrfs(); }
-
-private:
-   MplsSm& sm_;
 };
 
 // ---- Construction and destruction.

@@ -87,6 +87,26 @@ void MplsSm::unwatchNextHopIfUnused(VrfMplsState& vrf, const IpAddrIntfId& nh) {
 
 // ---- Resolution.
 
+namespace {
+
+// A via whose next hop resolved to `info`: its L2 via joins the set, and the hardware via that
+// the caller completes carries the same layer-2 rewrite.
+Mpls::Hardware::Via resolvedVia(const Mpls::LfibMplsVia& via, const NextHopInfo& info,
+                                Mpls::Hardware::L2ViaSet& l2ViaSet) {
+   l2ViaSet.l2ViaIs(Mpls::Hardware::L2Via(info.vlanId(), info.l2Intf(), info.macAddr(),
+                                          via.labelStack(), via.nextHop()),
+                    true);
+   Mpls::Hardware::Via hwVia;
+   hwVia.nextHopIs(via.nextHop());
+   hwVia.labelStackIs(via.labelStack());
+   hwVia.vlanIdIs(info.vlanId());
+   hwVia.macAddrIs(info.macAddr());
+   hwVia.l2IntfIs(info.l2Intf());
+   return hwVia;
+}
+
+}  // namespace
+
 Mpls::Hardware::L2ViaSet MplsSm::resolveNextHop(VrfMplsState& vrf, const L3AdjacencyPtr& l3Adj,
                                                 const Mpls::LfibMplsVia& via, std::size_t nVias,
                                                 Mpls::Hardware::Adjacency& hwAdj) {
@@ -119,16 +139,8 @@ Mpls::Hardware::L2ViaSet MplsSm::resolveNextHopWithMNHSM(VrfMplsState& vrf,
    SM_TRACE(8, "nexthop resolved: nexthop " << nextHop << " vlanId " << info.vlanId()
                                             << " l2Intf " << info.l2Intf() << " macAddr "
                                             << info.macAddr());
-   l2ViaSet.l2ViaIs(Mpls::Hardware::L2Via(info.vlanId(), info.l2Intf(), info.macAddr(),
-                                          via.labelStack(), nextHop),
-                    true);
-   Mpls::Hardware::Via hwVia;
-   hwVia.nextHopIs(nextHop);
-   hwVia.labelStackIs(via.labelStack());
+   Mpls::Hardware::Via hwVia = resolvedVia(via, info, l2ViaSet);
    hwVia.l3IntfIs(via.intf());
-   hwVia.vlanIdIs(info.vlanId());
-   hwVia.macAddrIs(info.macAddr());
-   hwVia.l2IntfIs(info.l2Intf());
    hwVia.flagsIs(falL3Status_->intfIdToL3Id(via.intf()));
    hwAdj.viaIs(hwVia, true);
    return l2ViaSet;
@@ -171,17 +183,9 @@ Mpls::Hardware::L2ViaSet MplsSm::resolveNextHopWithRR(VrfMplsState& vrf,
    }
    SM_TRACE(8, "hw l2 via vlan " << info.vlanId() << " intf " << info.l2Intf() << " mac "
                                  << info.macAddr());
-   l2ViaSet.l2ViaIs(Mpls::Hardware::L2Via(info.vlanId(), info.l2Intf(), info.macAddr(),
-                                          via.labelStack(), nextHop),
-                    true);
-   Mpls::Hardware::Via hwVia;
-   hwVia.nextHopIs(nextHop);
+   Mpls::Hardware::Via hwVia = resolvedVia(via, info, l2ViaSet);
    hwVia.resolvedAddrIs(resolved.nexthop());
-   hwVia.labelStackIs(via.labelStack());
    hwVia.l3IntfIs(resolved.l3Intf());
-   hwVia.vlanIdIs(info.vlanId());
-   hwVia.macAddrIs(info.macAddr());
-   hwVia.l2IntfIs(info.l2Intf());
    hwAdj.viaIs(hwVia, true);
    return l2ViaSet;
 }
