@@ -71,7 +71,13 @@ void MplsSm::cleanupL3AdjInfo(VrfMplsState& vrf, const L3AdjacencyPtr& l3Adj,
       for (const auto& key : l3Adj->routeKeySet()) {
          info->dependentRouteKeyDel(key);
          if (auto route = vrf.route(key); route && route->extFecInfo() == info) {
+            // The route no longer forwards into this FEC, which may be withdrawn below: the
+            // platform lets go of the route first. Its review programs it anew.
             route->extFecInfoIs(nullptr);
+            route->unprogrammedIs(true);
+            if (mplsSmHelper_) {
+               mplsSmHelper_->deleteRoute(key);
+            }
          }
       }
       maybeDeleteExtFecInfo(vrf, info->fecId());

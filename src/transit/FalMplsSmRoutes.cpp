@@ -165,6 +165,11 @@ void MplsSm::processRouteKey(VrfMplsState& vrf, const Mpls::RouteKey& routeKey) 
       }
    } else if (forwardingIntoExternalFecsSupported() && extFec && extFec->fecId().isValid() &&
               mplsSmHelper_) {
+      if (route->l2Adj()) {
+         // Programmed through an L2 adjacency until now: the hardware configuration lets go of
+         // the route first, or it would keep pointing at an adjacency that goes once unused.
+         falMplsHwVrfConfig(vrf.vrfName())->routeDel(routeKey);
+      }
       std::uint64_t fecId = extFec->fecId().value();
       auto rc = mplsSmHelper_->updateRoute(routeKey, l3Adj->labelAction(), l3Adj->payloadType(),
                                            fecId, Wire::AddressingMethod::indirect);

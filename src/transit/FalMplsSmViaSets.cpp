@@ -135,6 +135,14 @@ void MplsSm::processL3Adj(VrfMplsState& vrf, std::uint64_t index) {
       Kor::Ptr<const CachedLFibMplsViaColl> vias =
           viaSet ? getSaneMplsIpLFibVias(*viaSet) : nullptr;
       bool valid = validateMplsIpL3Adj(vrf, viaSet, key, vias);
+      if (viaSet && !viaSet->hasBackup() && l3Adj->backupAdj()) {
+         // The via set dropped its backup: let the old one go; its own review deletes it once
+         // nothing else uses it.
+         L3AdjacencyPtr old = l3Adj->backupAdj();
+         l3Adj->backupAdjIs(nullptr);
+         old->primaryAdjDel(index);
+         vrf.l3AdjForReviewIs(old->index(), true);
+      }
       if (valid && viaSet->hasBackup() && !validateAndMaybeUpdateBackupAdjInfo(vrf, l3Adj, *viaSet)) {
          valid = false;
       }
