@@ -1,0 +1,381 @@
+// The road of a transit route through the state machine: arrival, via set, resolution, hardware
+// configuration, platform answer, publication; moves, deletions, the routing switches, VRF names
+// and restarts.
+#include <gtest/gtest.h>
+
+#include "support/TraceCapture.h"
+#include "support/TransitAgent.h"
+#include "support/TransitInvariants.h"
+
+namespace {
+
+using TestSupport::settleAndCheck;
+using TestSupport::TraceCapture;
+using TestSupport::TransitAgent;
+
+const Wire::IntfId kVlan10 = Wire::IntfId::vlan(10);
+const Wire::IntfId kVlan20 = Wire::IntfId::vlan(20);
+
+Mpls::LfibViaSetKey mplsIpSetKey(std::uint32_t index) {
+   return Mpls::LfibViaSetKey(Mpls::viaTypeMplsIp_, index, Mpls::lfibSourceStatic_);
+}
+
+TEST(TransitRoute, RouteWaitsForViaSetThenNextHopThenReachesHardwareAndIsPublished) {
+   TraceCapture traces;
+   TransitAgent a;
+   // The route arrives before its via set.
+   a.route(100, mplsIpSetKey(1));
+   settleAndCheck(a);
+   ASSERT_TRUE(a.stateRoute(100));
+   EXPECT_FALSE(a.stateRoute(100)->l3Adj());
+   EXPECT_EQ(traces.count("via set for route (" + TransitAgent::key(100).stringValue() +
+                          ") does not exist in system LFIB, delay processing"),
+             1u);
+   EXPECT_EQ(a.vrfConfig()->routes(), 0u);
+
+   // The via set arrives through the tracking backlog; its next hop is not resolved yet.
+   a.viaSet(1, {a.mplsVia(1, "10.0.0.2", kVlan10, 2000)});
+   settleAndCheck(a);
+   EXPECT_TRUE(traces.contains("No L3Adj for viaSet. Scheduling all user Routes"));
+   EXPECT_EQ(a.sm->lfibTrackingStatus()->viaSetKeyBacklogSet().size(), 0u);
+   ASSERT_TRUE(a.l3Adj(mplsIpSetKey(1)));
+   EXPECT_TRUE(a.l3Adj(mplsIpSetKey(1))->unprogrammed());
+   EXPECT_TRUE(
+       a.monitoredNhSm->entryHas(Fal::VrfId(0), Wire::IpGenAddr::parse("10.0.0.2"), kVlan10));
+   EXPECT_TRUE(!a.configRoute(100));
+   EXPECT_EQ(a.vrfConfig()->l2Adjacencies(), 0u);
+   // Known to the shared status through its adjacency, but not programmed.
+   EXPECT_TRUE(a.hwMplsStatus->route(TransitAgent::key(100)).unprogrammed());
+
+   a.neighbor("10.0.0.2", kVlan10, "00:00:00:00:00:02", 10, Wire::IntfId::ethernet(3));
+   settleAndCheck(a);
+   Fal::MplsHwRoute cfg = a.configRoute(100);
+   ASSERT_FALSE(!cfg);
+   ASSERT_TRUE(cfg.l2Adjacency());
+   ASSERT_EQ(cfg.l2Adjacency()->l2ViaSet().l2Vias(), 1u);
+   const Mpls::Hardware::L2Via& l2Via = *cfg.l2Adjacency()->l2ViaSet().begin();
+   EXPECT_EQ(l2Via.macAddr(), Wire::EthAddr::parse("00:00:00:00:00:02"));
+   EXPECT_EQ(l2Via.l2Intf(), Wire::IntfId::ethernet(3));
+   EXPECT_EQ(l2Via.vlanId(), Bridging::VlanId(10));
+   EXPECT_EQ(l2Via.labelStack().stackSize(), 1u);
+   // Programmed when created and again when its own review hands it back to its users.
+   std::uint32_t count = a.vrfConfig()->l2Adjacency(cfg.l2Adjacency());
+   EXPECT_GE(count, 1u);
+   // The platform confirmed; the route is published as programmed.
+   EXPECT_TRUE(a.programmed(100));
+   EXPECT_FALSE(a.stateRoute(100)->unprogrammed());
+   auto published = a.hwMplsStatus->route(TransitAgent::key(100));
+   EXPECT_FALSE(published.unprogrammed());
+   EXPECT_EQ(published.adjacencyIndex(), a.l3Adj(mplsIpSetKey(1))->index());
+   EXPECT_EQ(published.l2AdjacencyIndex(), cfg.l2Adjacency()->index());
+   EXPECT_EQ(published.version(), cfg.version());
+
+   // Nothing moves while nothing changes; a neighbour refresh with the same answer reprograms the
+   // adjacency (its count rises) and leaves the route alone.
+   std::uint64_t writes = a.chip->routeWrites();
+   settleAndCheck(a, 30.0);
+   EXPECT_EQ(a.chip->routeWrites(), writes);
+   EXPECT_EQ(a.vrfConfig()->l2Adjacency(cfg.l2Adjacency()), count);
+   a.neighborDel("10.0.0.2", kVlan10);
+   a.neighbor("10.0.0.2", kVlan10, "00:00:00:00:00:02", 10, Wire::IntfId::ethernet(3));
+   settleAndCheck(a);
+   EXPECT_TRUE(a.programmed(100));
+}
+
+TEST(TransitRoute, NothingIsProgrammedBeforeThePlatformConfirmsRouting) {
+   TransitAgent a;
+   a.chip->confirmRoutingIs(false);
+   a.hwStatus->vrfStatusIs(Fal::VrfId(0));
+   a.neighbor("10.0.0.2", kVlan10, "00:00:00:00:00:02");
+   a.route(100, a.viaSet(1, {a.mplsVia(1, "10.0.0.2", kVlan10)}));
+   settleAndCheck(a, 5.0);
+   EXPECT_TRUE(a.vrfConfig()->mplsRouting());  // asked for
+   EXPECT_FALSE(a.vrfStatus()->mplsRouting());
+   EXPECT_FALSE(a.state());
+   EXPECT_EQ(a.vrfConfig()->routes(), 0u);
+   EXPECT_EQ(a.monitoredNhSm->entries(), 0u);
+
+   a.chip->confirmRoutingIs(true);
+   settleAndCheck(a);
+   EXPECT_TRUE(a.programmed(100));
+}
+
+TEST(TransitRoute, VrfNameUnknownHoldsEverythingUntilItIsKnown) {
+   TransitAgent::Options o;
+   o.vrfNameKnown = false;
+   TransitAgent a(o);
+   settleAndCheck(a);
+   // The platform has answered for VRF 0, whose name nobody has given yet.
+   ASSERT_TRUE(a.vrfStatus());
+   ASSERT_TRUE(a.vrfStatus()->mplsRouting());
+   a.neighbor("10.0.0.2", kVlan10, "00:00:00:00:00:02");
+   a.route(100, a.viaSet(1, {a.mplsVia(1, "10.0.0.2", kVlan10)}));
+   settleAndCheck(a);
+   // Nothing happens in a VRF whose name is not known.
+   EXPECT_FALSE(a.state());
+   EXPECT_EQ(a.vrfConfig()->routes(), 0u);
+
+   a.l3Status->vrfNameIs(Fal::VrfId(0), L3::VrfName::defaultVrf());
+   settleAndCheck(a);
+   ASSERT_TRUE(a.programmed(100));
+   ASSERT_TRUE(a.stateRoute(100));
+   EXPECT_FALSE(a.stateRoute(100)->unprogrammed());
+   EXPECT_FALSE(a.hwMplsStatus->route(TransitAgent::key(100)).unprogrammed());
+}
+
+TEST(TransitRoute, OtherVrfNamesAreSkipped) {
+   TraceCapture traces;
+   TransitAgent a;
+   a.l3Status->vrfNameIs(Fal::VrfId(5), L3::VrfName("blue"));
+   settleAndCheck(a);
+   EXPECT_EQ(traces.count("Vrf: blue is not default. skip."), 1u);
+   EXPECT_FALSE(a.state());
+}
+
+TEST(TransitRoute, RouteMovesBetweenViaSetsAndLetsTheOldOnesGo) {
+   TransitAgent a;
+   a.neighbor("10.0.0.2", kVlan10, "00:00:00:00:00:02");
+   a.neighbor("10.0.1.2", kVlan20, "00:00:00:00:01:02");
+   auto set1 = a.viaSet(1, {a.mplsVia(1, "10.0.0.2", kVlan10, 2000)});
+   auto set2 = a.viaSet(2, {a.mplsVia(2, "10.0.1.2", kVlan20, 3000)});
+   a.route(100, set1);
+   settleAndCheck(a);
+   ASSERT_TRUE(a.programmed(100));
+   auto oldL3 = a.l3Adj(set1);
+   auto oldL2 = a.configRoute(100).l2Adjacency();
+   ASSERT_TRUE(oldL3);
+   ASSERT_TRUE(oldL2);
+
+   a.route(100, set2);
+   settleAndCheck(a);
+   ASSERT_TRUE(a.programmed(100));
+   EXPECT_FALSE(a.l3Adj(set1));
+   ASSERT_TRUE(a.l3Adj(set2));
+   EXPECT_EQ(a.stateRoute(100)->l3Adj(), a.l3Adj(set2));
+   auto newL2 = a.configRoute(100).l2Adjacency();
+   ASSERT_TRUE(newL2);
+   EXPECT_NE(newL2, oldL2);
+   EXPECT_GT(newL2->index(), oldL2->index());
+   EXPECT_FALSE(a.vrfConfig()->l2AdjacencyHas(oldL2));
+   EXPECT_FALSE(a.hwMplsStatus->l2Adjacency(oldL2->index()));
+   EXPECT_FALSE(a.hwMplsStatus->adjacency(oldL3->index()));
+   EXPECT_EQ(a.monitoredNhSm->entries(), 1u);
+   EXPECT_TRUE(
+       a.monitoredNhSm->entryHas(Fal::VrfId(0), Wire::IpGenAddr::parse("10.0.1.2"), kVlan20));
+
+   // Back to a via set whose next hop resolves as before: same L2 via set, new L3 adjacency.
+   auto set3 = a.viaSet(3, {a.mplsVia(3, "10.0.0.2", kVlan10, 2000)});
+   a.route(100, set3);
+   settleAndCheck(a);
+   ASSERT_TRUE(a.programmed(100));
+   EXPECT_EQ(a.configRoute(100).l2Adjacency()->l2ViaSet(), oldL2->l2ViaSet());
+   EXPECT_EQ(a.vrfConfig()->l2Adjacencies(), 1u);
+}
+
+TEST(TransitRoute, RoutesOfOneViaSetShareItsAdjacencies) {
+   TransitAgent a;
+   a.neighbor("10.0.0.2", kVlan10, "00:00:00:00:00:02");
+   auto set = a.viaSet(1, {a.mplsVia(1, "10.0.0.2", kVlan10)});
+   for (std::uint32_t label = 100; label < 110; ++label) {
+      a.route(label, set);
+   }
+   settleAndCheck(a);
+   EXPECT_EQ(a.vrfConfig()->routes(), 10u);
+   EXPECT_EQ(a.vrfConfig()->l2Adjacencies(), 1u);
+   EXPECT_EQ(a.state()->l3Adjacencies(), 1u);
+   EXPECT_EQ(a.l3Adj(set)->routeKeys(), 10u);
+   // Deleting all but one keeps the adjacencies.
+   for (std::uint32_t label = 100; label < 109; ++label) {
+      a.routeDel(label);
+   }
+   settleAndCheck(a);
+   EXPECT_EQ(a.vrfConfig()->routes(), 1u);
+   EXPECT_TRUE(a.programmed(109));
+   EXPECT_EQ(a.vrfConfig()->l2Adjacencies(), 1u);
+}
+
+TEST(TransitRoute, DeletionReleasesAdjacenciesWatchesAndPublications) {
+   TransitAgent a;
+   a.connectedRoute("10.1.0.0", 24, kVlan20);
+   a.neighbor("10.1.0.5", kVlan20, "00:00:00:00:00:05");
+   a.neighbor("10.0.0.2", kVlan10, "00:00:00:00:00:02");
+   a.route(100, a.viaSet(1, {a.mplsVia(1, "10.0.0.2", kVlan10), a.mplsVia(2, "10.1.0.5")}));
+   settleAndCheck(a);
+   ASSERT_TRUE(a.programmed(100));
+   EXPECT_EQ(a.monitoredNhSm->entries(), 1u);
+   EXPECT_EQ(a.routeReactorConfig->watchedAddrs(), 1u);
+
+   a.routeDel(100);
+   settleAndCheck(a);
+   EXPECT_EQ(a.vrfConfig()->routes(), 0u);
+   EXPECT_EQ(a.vrfConfig()->l2Adjacencies(), 0u);
+   EXPECT_FALSE(a.programmed(100));
+   EXPECT_EQ(a.monitoredNhSm->entries(), 0u);
+   EXPECT_EQ(a.routeReactorConfig->watchedAddrs(), 0u);
+   EXPECT_TRUE(a.sm->currArpVrfIdMap().empty());
+   EXPECT_TRUE(a.sm->viaSetToHwL2AdjMap().empty());
+   EXPECT_TRUE(a.hwMplsStatus->routeMap().empty());
+   EXPECT_TRUE(a.hwMplsStatus->adjacencyMap().empty());
+   EXPECT_TRUE(a.hwMplsStatus->l2AdjacencyMap().empty());
+   EXPECT_TRUE(a.vrfStatus()->routeMap().empty());
+   EXPECT_TRUE(a.vrfStatus()->l2AdjacencyMap().empty());
+   EXPECT_EQ(a.sm->mplsIpRouteKeys(), 0u);
+   if (auto s = a.state()) {
+      EXPECT_TRUE(s->empty());
+   }
+}
+
+TEST(TransitRoute, RouteDeletedBeforeItsReviewNeverReachesHardware) {
+   TransitAgent a;
+   a.neighbor("10.0.0.2", kVlan10, "00:00:00:00:00:02");
+   a.route(100, a.viaSet(1, {a.mplsVia(1, "10.0.0.2", kVlan10)}));
+   a.routeDel(100);
+   settleAndCheck(a);
+   EXPECT_EQ(a.chip->routeAttempts(), 0u);
+   EXPECT_EQ(a.vrfConfig()->routes(), 0u);
+   EXPECT_FALSE(a.stateRoute(100));
+}
+
+TEST(TransitRoute, RoutesOfOtherViaTypesAreIgnoredAndTakenDownWhenTheyChangeType) {
+   TraceCapture traces;
+   TransitAgent a;
+   a.neighbor("10.0.0.2", kVlan10, "00:00:00:00:00:02");
+   auto set = a.viaSet(1, {a.mplsVia(1, "10.0.0.2", kVlan10)});
+   Mpls::LfibViaSetKey vlanSet(Mpls::viaTypeVlan_, 7, Mpls::lfibSourceEvpn_);
+   a.route(200, vlanSet);
+   a.route(100, set);
+   settleAndCheck(a);
+   EXPECT_EQ(traces.count("Ignoring non mpls-ip and extFec LfibRoute"), 1u);
+   EXPECT_FALSE(a.stateRoute(200));
+   ASSERT_TRUE(a.programmed(100));
+
+   a.route(100, vlanSet);
+   settleAndCheck(a);
+   EXPECT_TRUE(!a.configRoute(100));
+   EXPECT_FALSE(a.stateRoute(100));
+   EXPECT_FALSE(a.hwMplsStatus->routeHas(TransitAgent::key(100)));
+   EXPECT_EQ(a.monitoredNhSm->entries(), 0u);
+}
+
+TEST(TransitRoute, RoutingSwitchedOffDrainsRoutesBeforeTheHardwareFlagGoes) {
+   TraceCapture traces;
+   TransitAgent a;
+   a.neighbor("10.0.0.2", kVlan10, "00:00:00:00:00:02");
+   auto set = a.viaSet(1, {a.mplsVia(1, "10.0.0.2", kVlan10)});
+   a.route(100, set);
+   a.route(101, set);
+   settleAndCheck(a);
+   ASSERT_TRUE(a.programmed(100));
+
+   // Watch the order in which the configuration changes.
+   struct Watch : Fal::MplsHwVrfConfig::NotifieeConst {
+      using Fal::MplsHwVrfConfig::NotifieeConst::NotifieeConst;
+      void onMplsRouting() override {
+         if (!notifier()->mplsRouting()) {
+            routesAtFlagOff = notifier()->routes();
+            adjsAtFlagOff = notifier()->l2Adjacencies();
+            ++flagOff;
+         }
+      }
+      std::size_t routesAtFlagOff = 99;
+      std::size_t adjsAtFlagOff = 99;
+      int flagOff = 0;
+   } watch(a.vrfConfig());
+
+   a.routingInfo->mplsRoutingIs(false);
+   // The flag stays up while routes remain.
+   EXPECT_TRUE(a.vrfConfig()->mplsRouting());
+   settleAndCheck(a);
+   EXPECT_EQ(watch.flagOff, 1);
+   EXPECT_EQ(watch.routesAtFlagOff, 0u);
+   EXPECT_EQ(watch.adjsAtFlagOff, 0u);
+   EXPECT_FALSE(a.vrfConfig()->mplsRouting());
+   EXPECT_FALSE(a.state());
+   EXPECT_TRUE(traces.contains("disable mplsRouting in vrf default"));
+   EXPECT_TRUE(traces.contains("delete state for vrf default"));
+   EXPECT_EQ(a.monitoredNhSm->entries(), 0u);
+   EXPECT_TRUE(a.hwMplsStatus->routeMap().empty());
+   EXPECT_FALSE(a.vrfStatus()->mplsRouting());
+
+   // And back on: everything returns once the platform confirms.
+   a.routingInfo->mplsRoutingIs(true);
+   settleAndCheck(a);
+   EXPECT_TRUE(a.programmed(100));
+   EXPECT_TRUE(a.programmed(101));
+}
+
+TEST(TransitRoute, RoutingOffWithoutRoutesClearsTheFlagAtOnce) {
+   TransitAgent::Options o;
+   o.mplsRouting = false;
+   TransitAgent a(o);
+   EXPECT_FALSE(a.vrfConfig()->mplsRouting());
+   a.neighbor("10.0.0.2", kVlan10, "00:00:00:00:00:02");
+   a.route(100, a.viaSet(1, {a.mplsVia(1, "10.0.0.2", kVlan10)}));
+   settleAndCheck(a);
+   EXPECT_FALSE(a.state());
+   EXPECT_EQ(a.vrfConfig()->routes(), 0u);
+
+   a.routingInfo->mplsRoutingIs(true);
+   settleAndCheck(a);
+   EXPECT_TRUE(a.programmed(100));
+}
+
+TEST(TransitRoute, RestartRemovesStaleConfigurationAndReprogramsTheLfib) {
+   TransitAgent a;
+   a.neighbor("10.0.0.2", kVlan10, "00:00:00:00:00:02");
+   a.neighbor("10.0.1.2", kVlan20, "00:00:00:00:01:02");
+   auto set1 = a.viaSet(1, {a.mplsVia(1, "10.0.0.2", kVlan10)});
+   auto set2 = a.viaSet(2, {a.mplsVia(2, "10.0.1.2", kVlan20)});
+   a.route(100, set1);
+   a.route(101, set2);
+   settleAndCheck(a);
+   ASSERT_TRUE(a.programmed(100));
+   ASSERT_TRUE(a.programmed(101));
+   auto staleAdj = a.configRoute(101).l2Adjacency();
+
+   a.stop();
+   // While the machine is away the LFIB moves on.
+   a.routeDel(101);
+   a.route(102, set1);
+   a.start();
+   // Start-up cleared what the earlier incarnation left, before anything else.
+   EXPECT_EQ(a.vrfConfig()->routes(), 0u);
+   EXPECT_EQ(a.vrfConfig()->l2Adjacencies(), 0u);
+   EXPECT_TRUE(a.hwMplsStatus->routeMap().empty());
+   EXPECT_TRUE(a.hwMplsStatus->l2AdjacencyMap().empty());
+   EXPECT_TRUE(a.hwMplsStatus->adjacencyMap().empty());
+
+   settleAndCheck(a);
+   EXPECT_TRUE(a.programmed(100));
+   EXPECT_TRUE(a.programmed(102));
+   EXPECT_FALSE(a.programmed(101));
+   EXPECT_FALSE(a.vrfStatus()->l2AdjacencyHas(staleAdj));
+   EXPECT_EQ(a.vrfConfig()->l2Adjacencies(), 1u);
+   EXPECT_EQ(a.monitoredNhSm->entries(), 1u);
+}
+
+TEST(TransitRoute, RestartWithRoutesTheHardwareCouldNotTake) {
+   TransitAgent a;
+   a.neighbor("10.0.0.2", kVlan10, "00:00:00:00:00:02");
+   auto set = a.viaSet(1, {a.mplsVia(1, "10.0.0.2", kVlan10)});
+   a.chip->routeCapacityIs(1);
+   a.route(100, set);
+   a.route(101, set);
+   settleAndCheck(a);
+   ASSERT_EQ(a.vrfStatus()->unprogrammedRoutes(), 1u);
+
+   a.stop();
+   a.start();
+   settleAndCheck(a);
+   EXPECT_EQ(a.vrfStatus()->routes(), 1u);
+   EXPECT_EQ(a.vrfStatus()->unprogrammedRoutes(), 1u);
+   EXPECT_EQ(a.state()->numUnprogrammedRoute(), 1u);
+
+   a.chip->routeCapacityIs(10);
+   settleAndCheck(a, 11.0);
+   EXPECT_TRUE(a.programmed(100));
+   EXPECT_TRUE(a.programmed(101));
+   EXPECT_EQ(a.state()->numUnprogrammedRoute(), 0u);
+}
+
+}  // namespace

@@ -1,0 +1,264 @@
+// Via sets the transit layer cannot carry: every rejection rule with the text it traces. Bad input
+// is traced and skipped, never fatal, and the route comes up once the via set is fixed.
+#include <gtest/gtest.h>
+
+#include "support/TraceCapture.h"
+#include "support/TransitAgent.h"
+#include "support/TransitInvariants.h"
+
+namespace {
+
+using TestSupport::settleAndCheck;
+using TestSupport::TraceCapture;
+using TestSupport::TransitAgent;
+
+const Wire::IntfId kVlan10 = Wire::IntfId::vlan(10);
+const Wire::IntfId kTunnel1 = Wire::DynamicTunnelIntfId::dynamicTunnelIntfId(1);
+const Wire::IntfId kTunnel2 = Wire::DynamicTunnelIntfId::dynamicTunnelIntfId(2);
+const Wire::IntfId kNhg1 = Wire::FecIdIntfId::nexthopGroupIdIntfId(1);
+const Wire::IntfId kNhg2 = Wire::FecIdIntfId::nexthopGroupIdIntfId(2);
+
+struct ValidationTest : ::testing::Test {
+   ValidationTest() : a(options()) {
+      a.neighbor("10.0.0.2", kVlan10, "00:00:00:00:00:02");
+      a.neighbor("10.0.0.3", kVlan10, "00:00:00:00:00:03");
+   }
+   static TransitAgent::Options options() {
+      TransitAgent::Options o;
+      o.fecForwarding = true;
+      return o;
+   }
+   // Route 100 over a via set of the given vias; settles and checks.
+   void routeOver(const std::vector<Mpls::LfibViaKey>& vias) {
+      set = a.viaSet(1, vias);
+      a.route(100, set);
+      settleAndCheck(a);
+   }
+   // Nothing of route 100 reached the hardware or the helper.
+   void expectNothingProgrammed() {
+      EXPECT_TRUE(!a.configRoute(100));
+      EXPECT_FALSE(a.helper->has(TransitAgent::key(100)));
+      EXPECT_EQ(a.vrfConfig()->l2Adjacencies(), 0u);
+      EXPECT_TRUE(a.fecRequest->fecMap().empty());
+   }
+   TraceCapture traces;
+   TransitAgent a;
+   Mpls::LfibViaSetKey set;
+};
+
+TEST_F(ValidationTest, AViaOfAnotherTypeIsRejected) {
+   Mpls::LfibViaKey vlanVia(Mpls::viaTypeVlan_, 4, Mpls::lfibSourceEvpn_);
+   routeOver({a.mplsVia(1, "10.0.0.2", kVlan10), vlanVia});
+   EXPECT_EQ(traces.count("Via 1 ViaType viaTypeVlan is not mplsIp"), 1u);
+   EXPECT_TRUE(traces.contains("Unsupported lFib Adj "));
+   EXPECT_TRUE(traces.contains("does not exist in system LFIB or via not sane"));
+   expectNothingProgrammed();
+   // The route is dropped from the state but not forgotten: fixing the via set brings it up.
+   EXPECT_FALSE(a.stateRoute(100));
+   EXPECT_TRUE(a.sm->mplsIpRouteKey(TransitAgent::key(100)));
+   a.viaSet(1, {a.mplsVia(1, "10.0.0.2", kVlan10)});
+   settleAndCheck(a);
+   EXPECT_TRUE(a.programmed(100));
+}
+
+TEST_F(ValidationTest, AMissingViaIsRejected) {
+   Mpls::LfibViaKey missing(Mpls::viaTypeMplsIp_, 42, Mpls::lfibSourceStatic_);
+   routeOver({missing});
+   EXPECT_EQ(
+       traces.count("LfibMplsVia index 0, source " + missing.stringValue() + " was not found"), 1u);
+   expectNothingProgrammed();
+   a.mplsVia(42, "10.0.0.2", kVlan10);
+   settleAndCheck(a);
+   EXPECT_TRUE(a.programmed(100));
+}
+
+TEST_F(ValidationTest, MoreThanOneLabelIsRejectedAtTheFirstVia) {
+   routeOver({a.mplsViaWith(1, "10.0.0.2", kVlan10, {100, 101}),
+              a.mplsViaWith(2, "10.0.0.3", kVlan10, {200, 201})});
+   EXPECT_EQ(traces.count("Vias with more than one label is not supported"), 1u);
+   expectNothingProgrammed();
+}
+
+TEST_F(ValidationTest, NoLabelAtAllIsAccepted) {
+   routeOver({a.mplsViaWith(1, "10.0.0.2", kVlan10, {}, Wire::MplsLabelAction::pop)});
+   EXPECT_TRUE(a.programmed(100));
+   EXPECT_EQ(a.configRoute(100).l2Adjacency()->l2ViaSet().begin()->labelStack().stackSize(), 0u);
+}
+
+TEST_F(ValidationTest, DynamicTunnelAndNexthopGroupViasDoNotMixEitherWay) {
+   routeOver(
+       {a.mplsViaWith(1, "10.0.0.2", kTunnel1, {100}), a.mplsViaWith(2, "0.0.0.0", kNhg1, {200})});
+   EXPECT_EQ(traces.count("Mix of dynamic tunnel and NHG via is not supported"), 1u);
+   expectNothingProgrammed();
+   traces.clear();
+   a.viaSet(1, {a.mplsViaWith(3, "0.0.0.0", kNhg1, {200}),
+                a.mplsViaWith(4, "10.0.0.2", kTunnel1, {100})});
+   settleAndCheck(a);
+   EXPECT_EQ(traces.count("Mix of dynamic tunnel and NHG via is not supported"), 1u);
+   expectNothingProgrammed();
+}
+
+TEST_F(ValidationTest, TunnelAndRegularViasDoNotMixEitherWay) {
+   routeOver({a.mplsViaWith(1, "0.0.0.0", kNhg1, {100}), a.mplsVia(2, "10.0.0.2", kVlan10)});
+   EXPECT_EQ(traces.count("Mix of tunnel and non-tunnel via is not supported"), 1u);
+   expectNothingProgrammed();
+   traces.clear();
+   a.viaSet(1, {a.mplsVia(3, "10.0.0.2", kVlan10), a.mplsViaWith(4, "10.0.0.3", kTunnel1, {100})});
+   settleAndCheck(a);
+   EXPECT_EQ(traces.count("Mix of tunnel and non-tunnel via is not supported"), 1u);
+   expectNothingProgrammed();
+}
+
+TEST_F(ValidationTest, OnlyOneNexthopGroupVia) {
+   routeOver(
+       {a.mplsViaWith(1, "0.0.0.0", kNhg1, {100}), a.mplsViaWith(2, "0.0.0.0", kNhg2, {100})});
+   EXPECT_EQ(traces.count("Only one NHG via is supported now"), 1u);
+   expectNothingProgrammed();
+}
+
+TEST_F(ValidationTest, DynamicTunnelViasMustAgreeOnLabelAction) {
+   routeOver({a.mplsViaWith(1, "10.0.0.2", kTunnel1, {100}, Wire::MplsLabelAction::swap),
+              a.mplsViaWith(2, "10.0.0.3", kTunnel2, {100}, Wire::MplsLabelAction::push)});
+   EXPECT_EQ(traces.count("Adjacencies of dynamic tunnel should have the samelabel action. The "
+                          "conflicting labelActions are: swap and push"),
+             1u);
+   expectNothingProgrammed();
+}
+
+TEST_F(ValidationTest, DynamicTunnelViasMustAgreeOnPayloadType) {
+   routeOver({a.mplsViaWith(1, "10.0.0.2", kTunnel1, {100}, Wire::MplsLabelAction::swap,
+                            Mpls::payloadTypeIpv4_),
+              a.mplsViaWith(2, "10.0.0.3", kTunnel2, {100}, Wire::MplsLabelAction::swap,
+                            Mpls::payloadTypeIpv6_)});
+   EXPECT_EQ(traces.count("Adjacencies of dynamic tunnel should have the samepayloadTypes. The "
+                          "conflicting payloadTypes are: payloadTypeIpv4 and payloadTypeIpv6"),
+             1u);
+   expectNothingProgrammed();
+}
+
+TEST_F(ValidationTest, DynamicTunnelViasThatAgreeAreAccepted) {
+   routeOver({a.mplsViaWith(1, "10.0.0.2", kTunnel1, {100}),
+              a.mplsViaWith(2, "10.0.0.3", kTunnel2, {100})});
+   EXPECT_TRUE(a.helper->has(TransitAgent::key(100)));
+}
+
+TEST_F(ValidationTest, AViaSetWithNoViasIsKeptUnprogrammed) {
+   routeOver({});
+   EXPECT_EQ(traces.count("LFib via set " + set.stringValue() + ", type viaTypeMplsIp has no vias"),
+             1u);
+   expectNothingProgrammed();
+   ASSERT_TRUE(a.stateRoute(100));
+   EXPECT_TRUE(a.stateRoute(100)->unprogrammed());
+   ASSERT_TRUE(a.l3Adj(set));
+   EXPECT_TRUE(a.l3Adj(set)->unprogrammed());
+}
+
+TEST_F(ValidationTest, AnAdjacencysViaSetTurningBadIsReportedAndItsRouteTakenDown) {
+   routeOver({a.mplsVia(1, "10.0.0.2", kVlan10)});
+   ASSERT_TRUE(a.programmed(100));
+   a.viaSet(1, {a.mplsViaWith(1, "10.0.0.2", kVlan10, {100, 101})});
+   settleAndCheck(a);
+   EXPECT_EQ(traces.count("LFib via set " + set.stringValue() + ", type viaTypeMplsIp is not sane"),
+             1u);
+   expectNothingProgrammed();
+   EXPECT_EQ(a.monitoredNhSm->entries(), 0u);
+   a.viaSet(1, {a.mplsVia(1, "10.0.0.2", kVlan10)});
+   settleAndCheck(a);
+   EXPECT_TRUE(a.programmed(100));
+}
+
+TEST_F(ValidationTest, AnAdjacencysViaSetDeletedFromTheLfibIsReported) {
+   routeOver({a.mplsVia(1, "10.0.0.2", kVlan10)});
+   ASSERT_TRUE(a.programmed(100));
+   a.viaSetDel(set);
+   settleAndCheck(a);
+   EXPECT_EQ(traces.count("lFib viaSet idx 1 viaType viaTypeMplsIp deleted"), 1u);
+   // The route waits for its via set; the agent carries on.
+   a.viaSet(1, {a.mplsVia(1, "10.0.0.2", kVlan10)});
+   settleAndCheck(a);
+   EXPECT_TRUE(a.programmed(100));
+}
+
+// External-FEC via sets.
+
+TEST_F(ValidationTest, AnExternalFecViaSetWithTwoViasIsSkipped) {
+   Mpls::LfibViaKey v1(Mpls::viaTypeExternalFec_, 1, Mpls::lfibSourceStatic_);
+   Mpls::LfibViaKey v2(Mpls::viaTypeExternalFec_, 2, Mpls::lfibSourceStatic_);
+   a.lfib->extFecViaIs(Mpls::LfibExtFecVia(v1, Memtab::Fib::FecId(5)));
+   a.lfib->extFecViaIs(Mpls::LfibExtFecVia(v2, Memtab::Fib::FecId(6)));
+   Mpls::LfibViaSetKey key(Mpls::viaTypeExternalFec_, 3, Mpls::lfibSourceStatic_);
+   a.lfib->viaSetIs(Mpls::LfibViaSet(key, {v1, v2}));
+   a.route(100, key);
+   settleAndCheck(a);
+   EXPECT_EQ(traces.count("lFib viaSet " + key.stringValue() +
+                          " has 2 vias, but should only have one; skipping l3 adj"),
+             1u);
+   expectNothingProgrammed();
+   EXPECT_TRUE(a.fecRequest->hwFecIdRequestMap().empty());
+}
+
+TEST_F(ValidationTest, AnExternalFecViaSetWithAnInvalidFecIdIsSkipped) {
+   auto key = a.extFecViaSet(3, Memtab::Fib::FecId(0));
+   a.route(100, key);
+   settleAndCheck(a);
+   EXPECT_EQ(traces.count("lFib via idx 3 has invalid external FecId; skipping l3 adj"), 1u);
+   expectNothingProgrammed();
+   EXPECT_TRUE(a.fecRequest->hwFecIdRequestMap().empty());
+   // A valid FEC id brings it up.
+   a.extFecViaSet(3, Memtab::Fib::FecId(9));
+   settleAndCheck(a);
+   EXPECT_TRUE(a.helper->has(TransitAgent::key(100)));
+}
+
+TEST_F(ValidationTest, AnExternalFecViaSetNamingAViaOfAnotherTypeIsSkipped) {
+   Mpls::LfibViaSetKey key(Mpls::viaTypeExternalFec_, 3, Mpls::lfibSourceStatic_);
+   a.lfib->viaSetIs(Mpls::LfibViaSet(key, {a.mplsVia(7, "10.0.0.2", kVlan10)}));
+   a.route(100, key);
+   settleAndCheck(a);
+   EXPECT_EQ(traces.count("lFib via idx 7 is viaType viaTypeMplsIp instead of externalFec; "
+                          "skipping l3 adj"),
+             1u);
+   expectNothingProgrammed();
+}
+
+TEST_F(ValidationTest, AnExternalFecViaSetNamingAMissingViaIsSkipped) {
+   Mpls::LfibViaSetKey key(Mpls::viaTypeExternalFec_, 3, Mpls::lfibSourceStatic_);
+   a.lfib->viaSetIs(Mpls::LfibViaSet(
+       key, {Mpls::LfibViaKey(Mpls::viaTypeExternalFec_, 8, Mpls::lfibSourceStatic_)}));
+   a.route(100, key);
+   settleAndCheck(a);
+   EXPECT_EQ(traces.count("lFib via idx 8 not found; skipping l3 adj"), 1u);
+   expectNothingProgrammed();
+}
+
+TEST_F(ValidationTest, AnExternalFecViaSetDeletedUnderItsAdjacencyIsReported) {
+   auto key = a.extFecViaSet(3, Memtab::Fib::FecId(9));
+   a.route(100, key);
+   settleAndCheck(a);
+   ASSERT_TRUE(a.helper->has(TransitAgent::key(100)));
+   a.viaSetDel(key);
+   settleAndCheck(a);
+   EXPECT_EQ(traces.count("lFib viaSet idx 3 viaType viaTypeExternalFec deleted"), 1u);
+   // The FEC is withdrawn, and the route with it: nothing forwards into a FEC nobody requests.
+   EXPECT_TRUE(a.fecRequest->hwFecIdRequestMap().empty());
+   EXPECT_FALSE(a.helper->has(TransitAgent::key(100)));
+   ASSERT_TRUE(a.stateRoute(100));
+   EXPECT_TRUE(a.stateRoute(100)->unprogrammed());
+   EXPECT_TRUE(a.hwMplsStatus->route(TransitAgent::key(100)).unprogrammed());
+   a.extFecViaSet(3, Memtab::Fib::FecId(9));
+   settleAndCheck(a);
+   EXPECT_TRUE(a.helper->has(TransitAgent::key(100)));
+}
+
+TEST_F(ValidationTest, ViaSetsOfOtherTypesOnTheBacklogAreLeftAlone) {
+   routeOver({a.mplsVia(1, "10.0.0.2", kVlan10)});
+   Mpls::LfibViaSetKey vlanSet(Mpls::viaTypeVlan_, 9, Mpls::lfibSourceEvpn_);
+   a.lfib->viaSetIs(Mpls::LfibViaSet(vlanSet, {Mpls::LfibViaKey(Mpls::viaTypeVlan_, 1)}));
+   a.route(300, vlanSet);
+   settleAndCheck(a);
+   EXPECT_TRUE(a.programmed(100));
+   EXPECT_FALSE(a.stateRoute(300));
+   EXPECT_FALSE(a.l3Adj(vlanSet));
+}
+
+}  // namespace
