@@ -187,6 +187,11 @@ void MplsSm::doReviewUnprogrammedRoute(VrfMplsState& vrf) {
       if (reviewYield()) {
          return;
       }
+      if (!vrf.l2Adjacency(adj->index()) ||
+          routingHwMplsStatus_->l2Adjacency(adj->index()) != adj) {
+         // Deleted earlier in this pass; the platform has not answered the deletion yet.
+         continue;
+      }
       SM_TRACE(5, "retry unprogrammed adj " << adj->index());
       progHwL2Adj(vrf.vrfName(), adj);
       vrf.unprogAdjRetriedInc();

@@ -74,6 +74,14 @@ void MplsSm::handleLFibViaSetHelper(const Mpls::LfibViaSetKey& key, bool delFrom
    }
    if (vrf->lFibViaSetToL3AdjHas(key)) {
       vrf->l3AdjForReviewIs(vrf->lFibViaSetToL3Adj(key), true);
+      // Routes dropped while the set could not be carried come back with it, also when the
+      // adjacency outlived them (another route, waiting for its own new via set, holds it).
+      for (const auto& routeKey : users) {
+         if (mplsIpRouteKey_.contains(routeKey) && !vrf->route(routeKey)) {
+            acceptRoute(*vrf, routeKey);
+            vrf->routeKeyForReviewIs(routeKey, true);
+         }
+      }
    } else {
       SM_TRACE(1, "No L3Adj for viaSet. Scheduling all user Routes");
       for (const auto& routeKey : users) {
