@@ -151,6 +151,33 @@ TEST_F(ReviewTest, AdjacencyTableFullHoldsItsRoutesUntilThereIsRoom) {
    EXPECT_EQ(a.logged(kNormal), 1u);
 }
 
+TEST_F(ReviewTest, AnAdjacencyDeletedInTheRetryingPassIsNotProgrammedAgain) {
+   // Two next hops, room for one L2 adjacency and one route: one adjacency and the routes
+   // through it cannot be programmed, and one route through the other cannot either.
+   a.neighbor("10.0.0.3", kVlan10, "00:00:00:00:00:03");
+   auto set2 = a.viaSet(2, {a.mplsVia(2, "10.0.0.3", kVlan10)});
+   a.chip->adjacencyCapacityIs(1);
+   a.chip->routeCapacityIs(1);
+   routes(100, 2);
+   a.route(200, set2);
+   a.route(201, set2);
+   settleAndCheck(a);
+   auto status = a.vrfStatus();
+   ASSERT_EQ(status->unprogrammedAdjacencyMap().size(), 1u);
+   auto refused = status->unprogrammedAdjacencyMap().begin()->first;
+   bool firstSetRefused = a.configRoute(100).l2Adjacency() == refused;
+   ASSERT_TRUE(firstSetRefused || a.configRoute(200).l2Adjacency() == refused);
+
+   // Just before the retry is due, the refused adjacency's next hop goes: the pass that deletes
+   // the adjacency is also the one that retries the unprogrammed ones.
+   a.loop->advanceTo(9.9995);
+   a.neighborDel(firstSetRefused ? "10.0.0.2" : "10.0.0.3", kVlan10);
+   settleAndCheck(a);
+   EXPECT_FALSE(a.vrfConfig()->l2AdjacencyHas(refused));
+   EXPECT_FALSE(status->l2AdjacencyHas(refused));
+   EXPECT_FALSE(status->unprogrammedAdjacencyHas(refused));
+}
+
 TEST_F(ReviewTest, APassThatRunsOutOfTimeYieldsAndContinuesAtTheNextWakeUp) {
    TraceCapture traces;
    settleAndCheck(a);

@@ -236,6 +236,32 @@ TEST(TransitRoute, RouteDeletedBeforeItsReviewNeverReachesHardware) {
    EXPECT_FALSE(a.stateRoute(100));
 }
 
+TEST(TransitRoute, RoutesDroppedForABadViaSetComeBackWithItWhileItsAdjacencyLives) {
+   TransitAgent a;
+   a.neighbor("10.0.0.2", kVlan10, "00:00:00:00:00:02");
+   auto set = a.viaSet(1, {a.mplsVia(1, "10.0.0.2", kVlan10)});
+   a.route(100, set);
+   a.route(101, set);
+   settleAndCheck(a);
+   ASSERT_TRUE(a.programmed(100));
+   // Route 101 moves to a via set that is not there yet: it waits, holding the old adjacency.
+   a.route(101, mplsIpSetKey(2));
+   settleAndCheck(a);
+   ASSERT_TRUE(a.l3Adj(set));
+
+   // The via set goes bad: route 100 is taken down and dropped from the state.
+   a.mplsViaWith(1, "10.0.0.2", kVlan10, {100, 101});
+   settleAndCheck(a);
+   EXPECT_TRUE(!a.configRoute(100));
+   EXPECT_FALSE(a.stateRoute(100));
+   ASSERT_TRUE(a.l3Adj(set));  // still held by the waiting route
+
+   // Fixed again: the route it dropped comes back.
+   a.mplsVia(1, "10.0.0.2", kVlan10);
+   settleAndCheck(a);
+   EXPECT_TRUE(a.programmed(100));
+}
+
 TEST(TransitRoute, RoutesOfOtherViaTypesAreIgnoredAndTakenDownWhenTheyChangeType) {
    TraceCapture traces;
    TransitAgent a;
