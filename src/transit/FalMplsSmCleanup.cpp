@@ -178,6 +178,8 @@ void MplsSm::doDeleteL2Adj(VrfMplsState& vrf, std::uint64_t index) {
    }
    routingHwMplsStatus_->l2AdjacencyDel(index);
    vrf.l2AdjForReviewIs(index, false);
+   // Its own review may delete it while it also waits on the pending-delete list.
+   vrf.l2AdjPendingForDeleteIs(index, false);
    vrf.l2AdjacencyDel(index);
 }
 

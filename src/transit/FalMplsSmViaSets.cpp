@@ -59,7 +59,10 @@ void MplsSm::handleLFibViaSetHelper(const Mpls::LfibViaSetKey& key, bool delFrom
    if (delFromBacklog) {
       lfibTrackingStatus_->viaSetKeyBacklogDel(key);
    }
-   if (!platformRoutingEnabled(vrfName) || !controlPlaneRouting()) {
+   // While a VRF state still exists (routing was switched off and its routes are draining, or it
+   // is already back on) the change is taken up: dropped here it would be lost for good if routing
+   // returns before the state is gone, as nothing walks the via sets again then.
+   if (!platformRoutingEnabled(vrfName) || (!controlPlaneRouting() && !mplsState(vrfName))) {
       SM_TRACE(1, "mplsRouting disabled in vrf " << vrfName << "; Not processing viaSet");
       return;
    }
