@@ -262,6 +262,36 @@ TEST(TransitRoute, RoutesDroppedForABadViaSetComeBackWithItWhileItsAdjacencyLive
    EXPECT_TRUE(a.programmed(100));
 }
 
+TEST(TransitRoute, AnAdjacencyPendingDeletionCanAlsoBeDeletedFromItsOwnReview) {
+   TransitAgent a;
+   a.neighbor("10.0.0.2", kVlan10, "00:00:00:00:00:02");
+   a.neighbor("10.0.1.2", kVlan20, "00:00:00:00:01:02");
+   a.route(100, a.viaSet(1, {a.mplsVia(1, "10.0.0.2", kVlan10)}));
+   settleAndCheck(a);
+   auto old = a.configRoute(100).l2Adjacency();
+   ASSERT_TRUE(old);
+   // The route moves to a via set that is not there yet and its old next hop goes: the old L2
+   // adjacency has no user but the configured route still points at it.
+   a.route(100, mplsIpSetKey(2));
+   a.neighborDel("10.0.0.2", kVlan10);
+   settleAndCheck(a);
+   ASSERT_TRUE(a.state()->l2AdjPendingForDelete(old->index()));
+   ASSERT_EQ(a.configRoute(100).l2Adjacency(), old);
+
+   // The new via set arrives; one pass binds the route to a new adjacency, the next moves it
+   // there. Between the two the platform reports the old adjacency, so that its own review and
+   // the pending-delete pass meet in the same pass.
+   a.viaSet(2, {a.mplsVia(2, "10.0.1.2", kVlan20)});
+   double now = a.loop->now();
+   a.loop->advanceTo(now + 0.0015);
+   a.vrfStatus()->unprogrammedAdjacencyIs(old, true);
+   settleAndCheck(a);
+   EXPECT_TRUE(a.programmed(100));
+   EXPECT_NE(a.configRoute(100).l2Adjacency(), old);
+   EXPECT_FALSE(a.vrfConfig()->l2AdjacencyHas(old));
+   EXPECT_TRUE(a.state()->l2AdjPendingForDeleteSet().empty());
+}
+
 TEST(TransitRoute, RoutesOfOtherViaTypesAreIgnoredAndTakenDownWhenTheyChangeType) {
    TraceCapture traces;
    TransitAgent a;
@@ -328,6 +358,26 @@ TEST(TransitRoute, RoutingSwitchedOffDrainsRoutesBeforeTheHardwareFlagGoes) {
    settleAndCheck(a);
    EXPECT_TRUE(a.programmed(100));
    EXPECT_TRUE(a.programmed(101));
+}
+
+TEST(TransitRoute, ViaSetChangesWhileRoutingIsBrieflyOffAreNotLost) {
+   TransitAgent a;
+   a.neighbor("10.0.0.2", kVlan10, "00:00:00:00:00:02");
+   a.neighbor("10.0.1.2", kVlan20, "00:00:00:00:01:02");
+   a.route(100, a.viaSet(1, {a.mplsVia(1, "10.0.0.2", kVlan10)}));
+   settleAndCheck(a);
+   ASSERT_TRUE(a.programmed(100));
+   // Off and on again before the routes have drained; meanwhile the via moves to another next hop.
+   a.routingInfo->mplsRoutingIs(false);
+   a.mplsVia(1, "10.0.1.2", kVlan20);
+   a.routingInfo->mplsRoutingIs(true);
+   settleAndCheck(a);
+   ASSERT_TRUE(a.programmed(100));
+   EXPECT_EQ(a.configRoute(100).l2Adjacency()->l2ViaSet().begin()->macAddr(),
+             Wire::EthAddr::parse("00:00:00:00:01:02"));
+   EXPECT_EQ(a.monitoredNhSm->entries(), 1u);
+   EXPECT_TRUE(
+       a.monitoredNhSm->entryHas(Fal::VrfId(0), Wire::IpGenAddr::parse("10.0.1.2"), kVlan20));
 }
 
 TEST(TransitRoute, RoutingOffWithoutRoutesClearsTheFlagAtOnce) {
