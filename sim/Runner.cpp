@@ -1,0 +1,106 @@
+#include "Runner.h"
+
+#include <mplsfwd/log/FastLog.h>
+#include <mplsfwd/log/ToggleService.h>
+#include <mplsfwd/log/TraceConfig.h>
+
+namespace sim {
+
+// Keeps every enabled trace line for the expectations, and echoes it to standard error when asked.
+class Runner::TeeTraceSink : public Log::TraceSink {
+ public:
+   TeeTraceSink(Log::MemoryTraceSink& memory, bool echo) : memory_(memory), echo_(echo) {}
+   void onTrace(const Log::TraceRecord& record) override {
+      memory_.onTrace(record);
+      if (echo_) {
+         Log::TraceSink::standardError().onTrace(record);
+      }
+   }
+
+ private:
+   Log::MemoryTraceSink& memory_;
+   bool echo_;
+};
+
+Runner::Runner(const Scenario& scenario) : scenario_(scenario) {
+   const ScenarioConfig& c = scenario_.config;
+   for (const auto& [name, on] : c.toggles) {
+      Log::ToggleService::toggleIs(name, on);
+   }
+   Log::TraceConfig::configIs(c.trace);
+   tee_ = std::make_unique<TeeTraceSink>(traces_, c.traceToStderr);
+   traceScope_ = std::make_unique<Log::TraceSinkScope>(*tee_);
+   Log::FastLog::instance().clear();
+   Log::FastLog::instance().enabledIs(c.fastLog);
+
+   agent_ = std::make_unique<Agent>(c.agent);
+   controlPlane_ = std::make_unique<ControlPlane>(*agent_);
+   Chip& chip = agent_->chip();
+   if (c.routeCapacity) {
+      chip.routeCapacityIs(*c.routeCapacity);
+   }
+   if (c.l2AdjacencyCapacity) {
+      chip.l2AdjacencyCapacityIs(*c.l2AdjacencyCapacity);
+   }
+   if (c.fecCapacity) {
+      agent_->fecIdService().capacityIs(*c.fecCapacity);
+   }
+   if (c.decapCapacity) {
+      agent_->decapHelper()->capacityIs(*c.decapCapacity);
+   }
+   chip.answerDelayIs(c.chipAnswerDelay);
+   agent_->fecIdService().answerDelayIs(c.fecAnswerDelay);
+}
+
+Runner::~Runner() {
+   controlPlane_.reset();
+   agent_.reset();
+   traceScope_.reset();
+   Log::TraceConfig::configIs("");
+   Log::FastLog::instance().enabledIs(false);
+   Log::FastLog::instance().clear();
+   for (const auto& [name, on] : scenario_.config.toggles) {
+      Log::ToggleService::toggleDel(name);
+   }
+}
+
+void Runner::run() {
+   for (const auto& step : scenario_.steps) {
+      current_ = &step;
+      if (step.expectation) {
+         ++expectations_;
+      }
+      step.run(*this);
+   }
+   current_ = nullptr;
+}
+
+void Runner::check(bool ok, const std::string& what, const std::string& expected,
+                   const std::string& found) {
+   ++checks_;
+   if (ok) {
+      return;
+   }
+   Failure f;
+   f.step = current_ ? current_->number : 0;
+   f.stepText = current_ ? current_->text : "";
+   f.what = what;
+   f.expected = expected;
+   f.found = found;
+   failures_.push_back(std::move(f));
+}
+
+bool Runner::traceSeen(const std::string& text) const {
+   if (traces_.contains(text)) {
+      return true;
+   }
+   bool seen = false;
+   Log::FastLog::instance().forEach([&](const std::string& t) {
+      if (!seen && t.find(text) != std::string::npos) {
+         seen = true;
+      }
+   });
+   return seen;
+}
+
+}  // namespace sim

@@ -1,0 +1,69 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <mplsfwd/log/TraceSink.h>
+
+#include "Agent.h"
+#include "ControlPlane.h"
+#include "Scenario.h"
+
+namespace sim {
+
+// One expectation that did not hold.
+struct Failure {
+   std::size_t step = 0;
+   std::string stepText;
+   std::string what;
+   std::string expected;
+   std::string found;
+};
+
+// Runs a parsed scenario: applies its config (toggles, trace settings) to the process, builds the
+// agent, runs every step in order and records each expectation that fails; it goes on after a
+// failure so that one run reports them all. The trace configuration, the toggles and the FastLog
+// state are process-wide; the runner restores them when it goes.
+class Runner {
+ public:
+   explicit Runner(const Scenario& scenario);
+   ~Runner();
+   Runner(const Runner&) = delete;
+   Runner& operator=(const Runner&) = delete;
+
+   void run();
+
+   const Scenario& scenario() const { return scenario_; }
+   Agent& agent() { return *agent_; }
+   const Agent& agent() const { return *agent_; }
+   ControlPlane& controlPlane() { return *controlPlane_; }
+
+   // Called by expectation steps: records a failure of the current step unless `ok`.
+   void check(bool ok, const std::string& what, const std::string& expected,
+              const std::string& found);
+   const std::vector<Failure>& failures() const { return failures_; }
+   std::size_t checks() const { return checks_; }
+   std::size_t expectations() const { return expectations_; }
+
+   // Whether a trace line or a FastLog text so far contains `text`.
+   bool traceSeen(const std::string& text) const;
+   std::size_t traceLines() const { return traces_.size(); }
+
+ private:
+   class TeeTraceSink;
+
+   const Scenario& scenario_;
+   std::unique_ptr<Agent> agent_;
+   std::unique_ptr<ControlPlane> controlPlane_;
+   Log::MemoryTraceSink traces_;
+   std::unique_ptr<TeeTraceSink> tee_;
+   std::unique_ptr<Log::TraceSinkScope> traceScope_;
+   const Step* current_ = nullptr;
+   std::vector<Failure> failures_;
+   std::size_t checks_ = 0;
+   std::size_t expectations_ = 0;
+};
+
+}  // namespace sim

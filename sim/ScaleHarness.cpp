@@ -1,0 +1,305 @@
+#include "ScaleHarness.h"
+
+#include <chrono>
+#include <cstdio>
+#include <sstream>
+#include <stdexcept>
+
+#include <unistd.h>
+
+#include <mplsfwd/log/ToggleService.h>
+
+namespace sim {
+
+namespace {
+
+constexpr std::uint32_t kFirstLabel = 16;
+constexpr std::size_t kLabels = Wire::MplsLabel::kMax + 1 - kFirstLabel;
+
+double since(std::chrono::steady_clock::time_point start) {
+   return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+Wire::IpGenAddr nextHopAddr(std::size_t n) {
+   std::uint32_t v = (10u << 24) | static_cast<std::uint32_t>(n + 1);
+   return Wire::IpGenAddr(Wire::IpAddr(v));
+}
+
+Wire::EthAddr nextHopMac(std::size_t n, std::uint8_t generation) {
+   return Wire::EthAddr(Wire::EthAddr::Bytes{0x02, generation, static_cast<std::uint8_t>(n >> 16),
+                                             static_cast<std::uint8_t>(n >> 8),
+                                             static_cast<std::uint8_t>(n), 0x01});
+}
+
+Wire::IntfId nextHopIntf(std::size_t n) {
+   return Wire::IntfId::ethernet(static_cast<std::uint32_t>(1 + n % 48));
+}
+
+}  // namespace
+
+nlohmann::json ScaleResult::json() const {
+   return nlohmann::json{{"routes", routes},
+                         {"decapRoutes", decapRoutes},
+                         {"viaSets", viaSets},
+                         {"nextHops", nextHops},
+                         {"inPlaceUpdate", inPlaceUpdate},
+                         {"converged", converged},
+                         {"publishSeconds", publishSeconds},
+                         {"convergeSeconds", convergeSeconds},
+                         {"routesPerSecond", routesPerSecond},
+                         {"bytesPerRoute", bytesPerRoute},
+                         {"longestPassMs", longestPassMs},
+                         {"reviewPasses", reviewPasses},
+                         {"l2Adjacencies", l2Adjacencies},
+                         {"macChangeMs", macChangeMs},
+                         {"macChangeConverged", macChangeConverged},
+                         {"timeMode", "monotonic"}};
+}
+
+std::string ScaleResult::text() const {
+   std::ostringstream os;
+   os << "routes " << routes << " transit + " << decapRoutes << " decap, via sets " << viaSets
+      << ", next hops " << nextHops << ", in-place update " << (inPlaceUpdate ? "on" : "off")
+      << "\n";
+   os << "converged          " << (converged ? "yes" : "NO (timed out)") << "\n";
+   os << "publish            " << publishSeconds << " s\n";
+   os << "converge           " << convergeSeconds << " s (real time)\n";
+   os << "routes per second  " << static_cast<std::uint64_t>(routesPerSecond) << "\n";
+   os << "bytes per route    " << static_cast<std::uint64_t>(bytesPerRoute) << "\n";
+   os << "longest pass       " << longestPassMs << " ms over " << reviewPasses << " passes\n";
+   os << "L2 adjacencies     " << l2Adjacencies << "\n";
+   os << "MAC change         " << macChangeMs << " ms"
+      << (macChangeConverged ? "" : " (NOT converged)") << "\n";
+   return os.str();
+}
+
+ScaleHarness::ScaleHarness(ScaleOptions options) : options_(options) {
+   validate(options_);
+}
+
+ScaleHarness::~ScaleHarness() {
+   cp_.reset();
+   agent_.reset();
+   Log::ToggleService::toggleDel("InPlaceMplsAdjacencyUpdate");
+}
+
+void ScaleHarness::validate(const ScaleOptions& o) {
+   if (o.routes + o.decapRoutes > kLabels) {
+      throw std::invalid_argument("routes + decap routes must be at most " +
+                                  std::to_string(kLabels) + " (labels 16..1048575)");
+   }
+   if (o.routes > 0 && o.viaSets == 0) {
+      throw std::invalid_argument("via sets must be at least 1");
+   }
+   if (o.nextHops == 0 || o.nextHops > 0xffffff) {
+      throw std::invalid_argument("next hops must be 1..16777215");
+   }
+   if (o.width == 0 || o.width > 128) {
+      throw std::invalid_argument("ECMP width must be 1..128");
+   }
+}
+
+std::size_t ScaleHarness::residentBytes() {
+   std::FILE* f = std::fopen("/proc/self/statm", "r");
+   if (!f) {
+      return 0;
+   }
+   unsigned long size = 0;
+   unsigned long resident = 0;
+   int n = std::fscanf(f, "%lu %lu", &size, &resident);
+   std::fclose(f);
+   if (n != 2) {
+      return 0;
+   }
+   return static_cast<std::size_t>(resident) * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+}
+
+void ScaleHarness::publishNeighbors() {
+   for (std::size_t n = 0; n < options_.nextHops; ++n) {
+      cp_->neighbor(nextHopAddr(n), nextHopIntf(n), nextHopMac(n, 0),
+                    Bridging::VlanId(static_cast<std::uint16_t>(10 + n % 4000)), nextHopIntf(n));
+   }
+}
+
+void ScaleHarness::publishLfib(const Progress& progress) {
+   const std::size_t width = std::min(options_.width, options_.nextHops);
+   for (std::size_t s = 0; s < options_.viaSets && options_.routes > 0; ++s) {
+      std::vector<Mpls::LfibViaKey> vias;
+      for (std::size_t j = 0; j < width; ++j) {
+         std::size_t n = (s * width + j) % options_.nextHops;
+         auto index = static_cast<std::uint32_t>(s * width + j);
+         Wire::MplsLabelOperation labels{
+             Wire::MplsLabel(static_cast<std::uint32_t>(1000 + s % 100000))};
+         vias.push_back(cp_->mplsVia(index, nextHopAddr(n), nextHopIntf(n), labels));
+      }
+      cp_->viaSet(Mpls::LfibViaSetKey(Mpls::viaTypeMplsIp_, static_cast<std::uint32_t>(s),
+                                      Mpls::lfibSourceStatic_),
+                  vias);
+   }
+   const std::size_t total = options_.routes + options_.decapRoutes;
+   const std::size_t step = std::max<std::size_t>(1, total / 100);
+   for (std::size_t i = 0; i < options_.routes; ++i) {
+      Mpls::LfibViaSetKey set(Mpls::viaTypeMplsIp_,
+                              static_cast<std::uint32_t>(i % options_.viaSets),
+                              Mpls::lfibSourceStatic_);
+      cp_->route(Wire::MplsLabel(static_cast<std::uint32_t>(kFirstLabel + i)), set);
+      if (progress && i % step == 0) {
+         progress(0.5 * static_cast<double>(i) / static_cast<double>(total), "publishing");
+      }
+   }
+   for (std::size_t i = 0; i < options_.decapRoutes; ++i) {
+      auto index = static_cast<std::uint32_t>(i);
+      Mpls::LfibViaSetKey set;
+      if (i % 2 == 0) {
+         set = Mpls::LfibViaSetKey(Mpls::viaTypeIpLookup_, index, Mpls::lfibSourceStatic_);
+         cp_->viaSet(set, {cp_->ipLookupVia(index, L3::VrfName("red"))});
+      } else {
+         set = Mpls::LfibViaSetKey(Mpls::viaTypeVlan_, index, Mpls::lfibSourceEvpn_);
+         cp_->viaSet(
+             set,
+             {cp_->vlanVia(index, Bridging::VlanId(static_cast<std::uint16_t>(100 + i % 3000)))});
+      }
+      cp_->route(Wire::MplsLabel(static_cast<std::uint32_t>(kFirstLabel + options_.routes + i)),
+                 set);
+      if (progress && (options_.routes + i) % step == 0) {
+         progress(0.5 * static_cast<double>(options_.routes + i) / static_cast<double>(total),
+                  "publishing");
+      }
+   }
+}
+
+bool ScaleHarness::transitConverged() const {
+   auto status = agent_->defaultVrfStatus();
+   std::size_t programmed = status ? status->routes() : 0;
+   return programmed == options_.routes;
+}
+
+bool ScaleHarness::decapConverged() const {
+   return agent_->decapHelper()->mappings() == options_.decapRoutes &&
+          agent_->decapTracking()->routeKeyBacklogSet().empty();
+}
+
+bool ScaleHarness::macChangeDone(const Wire::EthAddr& oldMac) const {
+   if (agent_->chip().busy()) {
+      return false;
+   }
+   auto config = agent_->defaultVrfConfig();
+   auto status = agent_->defaultVrfStatus();
+   if (!config || !status || status->routes() != options_.routes ||
+       status->l2Adjacencies() != config->l2Adjacencies()) {
+      return false;
+   }
+   auto carriesOld = [&](const Fal::L2AdjacencyPtr& adj) {
+      for (const auto& via : adj->l2ViaSet()) {
+         if (via.macAddr() == oldMac) {
+            return true;
+         }
+      }
+      return false;
+   };
+   for (const auto& [adj, count] : config->l2AdjacencyMap()) {
+      if (carriesOld(adj) || status->l2Adjacency(adj) != count) {
+         return false;
+      }
+   }
+   // Every programmed route must point at an adjacency that no longer carries the old MAC.
+   for (const auto& [key, route] : status->routeMap()) {
+      if (!route.l2Adjacency() || carriesOld(route.l2Adjacency())) {
+         return false;
+      }
+   }
+   return true;
+}
+
+ScaleResult ScaleHarness::run(const Progress& progress) {
+   Log::ToggleService::toggleIs("InPlaceMplsAdjacencyUpdate", options_.inPlaceUpdate);
+   AgentOptions agentOptions;
+   agentOptions.timeMode = Loom::EventLoop::TimeMode::monotonic;
+   agentOptions.pseudowire = false;
+   agentOptions.decap = options_.decapRoutes > 0;
+   agent_ = std::make_unique<Agent>(agentOptions);
+   cp_ = std::make_unique<ControlPlane>(*agent_);
+   Loom::EventLoop& loop = *agent_->loop();
+
+   ScaleResult r;
+   r.routes = options_.routes;
+   r.decapRoutes = options_.decapRoutes;
+   r.viaSets = options_.viaSets;
+   r.nextHops = options_.nextHops;
+   r.inPlaceUpdate = options_.inPlaceUpdate;
+
+   // The platform confirms MPLS routing and the neighbours are known before the LFIB arrives.
+   publishNeighbors();
+   loop.runFor(0.01);
+
+   const std::size_t memBefore = residentBytes();
+   const auto start = std::chrono::steady_clock::now();
+   publishLfib(progress);
+   r.publishSeconds = since(start);
+
+   const std::size_t total = options_.routes + options_.decapRoutes;
+   double lastReport = 0.0;
+   for (;;) {
+      loop.runFor(0.005);
+      bool transit = transitConverged();
+      bool decap = !agent_->decapSm() || decapConverged();
+      double elapsed = since(start);
+      if (transit && decap) {
+         r.converged = true;
+         r.convergeSeconds = elapsed;
+         break;
+      }
+      if (elapsed > options_.timeout) {
+         r.convergeSeconds = elapsed;
+         break;
+      }
+      if (progress && elapsed - lastReport > 0.1) {
+         lastReport = elapsed;
+         auto status = agent_->defaultVrfStatus();
+         std::size_t done = (status ? status->routes() : 0) +
+                            (agent_->decapSm() ? agent_->decapHelper()->mappings() : 0);
+         progress(0.5 + 0.5 * static_cast<double>(done) /
+                            static_cast<double>(std::max<std::size_t>(1, total)),
+                  "programming");
+      }
+   }
+   const std::size_t memAfter = residentBytes();
+   if (total > 0 && memAfter > memBefore) {
+      r.bytesPerRoute = static_cast<double>(memAfter - memBefore) / static_cast<double>(total);
+   }
+   if (r.convergeSeconds > 0) {
+      r.routesPerSecond = static_cast<double>(total) / r.convergeSeconds;
+   }
+   r.longestPassMs = agent_->mplsSm()->longestReviewPass() * 1000.0;
+   r.reviewPasses = agent_->mplsSm()->reviewCount();
+   if (auto config = agent_->defaultVrfConfig()) {
+      r.l2Adjacencies = config->l2Adjacencies();
+   }
+
+   if (r.converged && options_.routes > 0) {
+      // One neighbour moves to a new MAC; every adjacency through it must follow.
+      loop.runFor(0.01);
+      const Wire::EthAddr oldMac = nextHopMac(0, 0);
+      const auto macStart = std::chrono::steady_clock::now();
+      cp_->neighbor(nextHopAddr(0), nextHopIntf(0), nextHopMac(0, 1), Bridging::VlanId(10),
+                    nextHopIntf(0));
+      for (;;) {
+         loop.runUntilIdle();
+         if (macChangeDone(oldMac)) {
+            r.macChangeConverged = true;
+            break;
+         }
+         if (since(macStart) > options_.timeout) {
+            break;
+         }
+         loop.runFor(0.0005);
+      }
+      r.macChangeMs = since(macStart) * 1000.0;
+   }
+   if (progress) {
+      progress(1.0, "done");
+   }
+   return r;
+}
+
+}  // namespace sim

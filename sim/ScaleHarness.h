@@ -1,0 +1,97 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include <nlohmann/json.hpp>
+
+#include "Agent.h"
+#include "ControlPlane.h"
+
+namespace sim {
+
+// What the scale harness builds: a synthetic LFIB of `routes` transit routes spread over
+// `viaSets` ECMP via sets of up to `width` vias each, over `nextHops` resolved neighbours, plus
+// `decapRoutes` decap routes (half label-to-VRF, half label-to-VLAN).
+struct ScaleOptions {
+   std::size_t routes = 100000;
+   std::size_t viaSets = 1000;
+   std::size_t nextHops = 64;
+   std::size_t width = 4;
+   std::size_t decapRoutes = 0;
+   // The "InPlaceMplsAdjacencyUpdate" toggle.
+   bool inPlaceUpdate = false;
+   // Give up when convergence takes longer than this, in seconds of real time.
+   double timeout = 900.0;
+};
+
+// What one run measured. Times are real (monotonic) time.
+struct ScaleResult {
+   std::size_t routes = 0;
+   std::size_t decapRoutes = 0;
+   std::size_t viaSets = 0;
+   std::size_t nextHops = 0;
+   bool inPlaceUpdate = false;
+   bool converged = false;
+   // Writing the LFIB into the tables, with the state machines' handlers that it triggers.
+   double publishSeconds = 0.0;
+   // From the first LFIB write until every route is in hardware.
+   double convergeSeconds = 0.0;
+   double routesPerSecond = 0.0;
+   // Resident memory growth from before the LFIB was written until convergence, per route.
+   double bytesPerRoute = 0.0;
+   // The transit machine's longest review pass.
+   double longestPassMs = 0.0;
+   std::uint64_t reviewPasses = 0;
+   // From one next hop's MAC change until every adjacency and route through it carries the new MAC.
+   double macChangeMs = 0.0;
+   bool macChangeConverged = false;
+   std::size_t l2Adjacencies = 0;
+
+   nlohmann::json json() const;
+   std::string text() const;
+};
+
+// The scale harness behind `mplsfwd-sim bench` (and reusable by a Google Benchmark): builds an
+// agent on a real-time (monotonic) event loop, so that the transit machine's time-boxed review
+// passes, its review interval and the decap task's slices are real time, as in an agent; writes
+// the synthetic LFIB, runs the loop until every route is programmed, then changes the MAC of one
+// next hop and measures how long the change takes to reach the hardware.
+//
+// The simulated chip answers one loop step after each change; its work counts in the
+// convergence time as a fast platform's would. Progress, when asked for, is reported through a
+// callback with the fraction done and a short text.
+class ScaleHarness {
+ public:
+   using Progress = std::function<void(double fraction, const std::string& text)>;
+
+   explicit ScaleHarness(ScaleOptions options);
+   ~ScaleHarness();
+
+   // Checks the options: throws std::invalid_argument with a readable text.
+   static void validate(const ScaleOptions& options);
+
+   ScaleResult run(const Progress& progress = {});
+
+   const ScaleOptions& options() const { return options_; }
+   Agent& agent() { return *agent_; }
+
+   // Resident memory of this process, in bytes, from /proc/self/statm (0 when unreadable).
+   static std::size_t residentBytes();
+
+ private:
+   void publishNeighbors();
+   void publishLfib(const Progress& progress);
+   bool transitConverged() const;
+   bool decapConverged() const;
+   bool macChangeDone(const Wire::EthAddr& oldMac) const;
+
+   ScaleOptions options_;
+   std::unique_ptr<Agent> agent_;
+   std::unique_ptr<ControlPlane> cp_;
+};
+
+}  // namespace sim

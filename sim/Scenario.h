@@ -1,0 +1,71 @@
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "Agent.h"
+
+namespace sim {
+
+class Runner;
+
+// A scenario that cannot run: not valid JSON, an unknown operation or field, a value of the wrong
+// type or out of range. The text names the file, the step (or the config), the field and what was
+// expected, e.g. "x.json: step 4 (route): field 'label': expected a label 0..1048575, found
+// 1048576".
+class ScenarioError : public std::runtime_error {
+ public:
+   explicit ScenarioError(const std::string& what) : std::runtime_error(what) {}
+};
+
+// Everything a scenario's "config" sets up before the agent is built.
+struct ScenarioConfig {
+   AgentOptions agent;
+   std::optional<std::size_t> routeCapacity;
+   std::optional<std::size_t> l2AdjacencyCapacity;
+   std::optional<std::size_t> fecCapacity;
+   std::optional<std::size_t> decapCapacity;
+   double chipAnswerDelay = 0.0;
+   double fecAnswerDelay = 0.0;
+   std::vector<std::pair<std::string, bool>> toggles;
+   // Trace handles and levels to enable ("MplsSm/0-9,MplsDecapSm/5"), and whether enabled lines
+   // are also written to standard error.
+   std::string trace;
+   bool traceToStderr = false;
+   bool fastLog = false;
+   // The longest stretch of simulated time one runUntilIdle step may cover.
+   double idleLimit = 60.0;
+};
+
+// One step of a scenario, validated and ready to run.
+struct Step {
+   std::size_t number = 0;  // 1-based position in "steps"
+   std::string op;
+   std::string text;  // the step as one line, for reports
+   bool expectation = false;
+   std::function<void(Runner&)> run;
+};
+
+// A parsed scenario. Parsing validates every step before anything runs, so a bad scenario never
+// runs half-way.
+struct Scenario {
+   std::string file;
+   std::string name;
+   std::string description;
+   ScenarioConfig config;
+   std::vector<Step> steps;
+
+   // Throws ScenarioError.
+   static Scenario parse(const std::string& text, const std::string& file);
+   static Scenario load(const std::string& path);
+};
+
+// The operation names a scenario may use, for help texts.
+std::vector<std::string> scenarioOperations();
+
+}  // namespace sim
