@@ -156,13 +156,15 @@ Json toJson(const State& s) {
    j["pseudowireDecaps"] = pw;
    Json fecs = Json::array();
    for (const auto& f : s.fecRequests) {
-      fecs.push_back(Json{{"table", f.table},
-                          {"fecId", f.fecId.value()},
-                          {"adjType", f.fecId.value() >> Memtab::Fib::adjTypePos()},
-                          {"index", f.fecId.index()},
-                          {"fec", f.fec},
-                          {"vias", f.vias},
-                          {"hwFecId", f.hwFecId == 0 ? Json() : Json(f.hwFecId)}});
+      fecs.push_back(
+          Json{{"table", f.table},
+               {"fecId", f.fecId.value()},
+               {"adjType", f.fecId.value() >> Memtab::Fib::adjTypePos()},
+               {"index", f.fecId.index()},
+               {"fec", f.fec},
+               {"vias", f.vias},
+               {"backupFecId", f.backupFecId.isValid() ? Json(f.backupFecId.value()) : Json()},
+               {"hwFecId", f.hwFecId == 0 ? Json() : Json(f.hwFecId)}});
    }
    j["fecRequests"] = fecs;
    Json logs = Json::object();
@@ -269,9 +271,10 @@ void Report::writeText(std::ostream& os) const {
    }
    pw.write(os);
 
-   Table fecs("FEC requests", {"table", "fec", "vias", "hwFecId"});
+   Table fecs("FEC requests", {"table", "fec", "vias", "backup", "hwFecId"});
    for (const auto& f : s.fecRequests) {
       fecs.row({f.table, fecText(f.fecId), f.fec ? std::to_string(f.vias) : "-",
+                f.backupFecId.isValid() ? fecText(f.backupFecId) : "-",
                 f.hwFecId ? std::to_string(f.hwFecId) : "unanswered"});
    }
    fecs.write(os);

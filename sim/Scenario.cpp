@@ -119,7 +119,10 @@ Mpls::LfibSource sourceOf(const Fields& f, Mpls::LfibViaType type) {
 
 Memtab::Fib::FecId fecIdOf(const Fields& f) {
    auto adjType = f.optInteger("fecAdjType", 0, 20).value_or(1);
-   auto index = f.integer("fecIndex", 1, Memtab::Fib::FecId::kIndexMask);
+   auto index = f.integer("fecIndex", 0, Memtab::Fib::FecId::kIndexMask);
+   if (adjType == 0 && index == 0) {
+      f.fail("fecIndex", "a FEC other than the null FEC (type 0, index 0)", f.get("fecIndex"));
+   }
    return Memtab::Fib::FecId::fecIdForAdjType(static_cast<Memtab::Fib::AdjType>(adjType), index);
 }
 
@@ -790,6 +793,13 @@ Action expectFecRequestStep(const Fields& f) {
    bool present = f.optBoolean("present", true);
    auto answered =
        f.has("answered") ? std::optional<bool>(f.boolean("answered")) : std::optional<bool>();
+   std::optional<Memtab::Fib::FecId> backup;
+   if (f.has("backupFecIndex")) {
+      auto type = f.optInteger("backupFecAdjType", 0, 20).value_or(10);
+      backup = Memtab::Fib::FecId::fecIdForAdjType(
+          static_cast<Memtab::Fib::AdjType>(type),
+          f.integer("backupFecIndex", 0, Memtab::Fib::FecId::kIndexMask));
+   }
    return [=](Runner& r) {
       std::optional<FecRequestView> found;
       for (const auto& v : fecRequestViews(r.agent())) {
@@ -802,6 +812,10 @@ Action expectFecRequestStep(const Fields& f) {
       if (found && present && answered) {
          bool a = found->hwFecId != 0;
          r.check(a == *answered, "answered", boolText(*answered), boolText(a));
+      }
+      if (found && present && backup) {
+         r.check(found->backupFecId == *backup, "backup FEC", backup->stringValue(),
+                 found->backupFecId.isValid() ? found->backupFecId.stringValue() : "none");
       }
    };
 }
@@ -932,7 +946,8 @@ const std::map<std::string, OpDef>& ops() {
         {{"label", "present", "returnCode"}, true, simple(expectDecapUnprogrammedStep)}},
        {"expectPwDecap", {{"label", "present", "pwInterface"}, true, simple(expectPwDecapStep)}},
        {"expectFecRequest",
-        {{"table", "count", "fecAdjType", "fecIndex", "present", "answered"},
+        {{"table", "count", "fecAdjType", "fecIndex", "present", "answered", "backupFecAdjType",
+          "backupFecIndex"},
          true,
          simple(expectFecRequestStep)}},
        {"expectLog", {{"name", "count"}, true, simple(expectLogStep)}},

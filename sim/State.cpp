@@ -191,6 +191,7 @@ std::vector<FecRequestView> fecRequestViews(const Agent& agent) {
          const Memtab::Fib::Fec* fec = req.fecPtr(id);
          v.fec = fec != nullptr;
          v.vias = fec ? fec->vias() : 0;
+         v.backupFecId = fec ? fec->backupFecId() : Memtab::Fib::FecId();
          v.hwFecId = resp.hwFecId(id).hwFecId();
          out.push_back(v);
       }

@@ -66,7 +66,8 @@ struct FecRequestView {
    Memtab::Fib::FecId fecId;
    bool fec = false;  // the FEC record itself is published
    std::size_t vias = 0;
-   Fal::HwFecId hwFecId = 0;  // 0: not answered
+   Memtab::Fib::FecId backupFecId;  // the FEC's backup, when it has one
+   Fal::HwFecId hwFecId = 0;        // 0: not answered
 };
 
 // Everything a report shows, taken from an agent at one moment.
