@@ -79,7 +79,8 @@ public:
       return lfibTrackingStatus_;
    }
    const Kor::Ptr<FecIdToHwFecIdRequest>& hwFecIdRequest() const { return hwFecIdRequest_; }
-   void hwFecIdRequestIs(Kor::Ptr<FecIdToHwFecIdRequest> t) { hwFecIdRequest_ = std::move(t); }
+   // Also withdraws what an earlier incarnation left in the table and this one does not use.
+   void hwFecIdRequestIs(Kor::Ptr<FecIdToHwFecIdRequest> t);
    const Kor::Ptr<const FecIdToHwFecIdResponse>& hwFecIdResponse() const {
       return hwFecIdResponse_;
    }

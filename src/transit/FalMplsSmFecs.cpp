@@ -13,6 +13,35 @@ const L3::VrfName& defaultVrf() {
 constexpr auto kMplsNexthopAdj = Memtab::Fib::AdjType::mplsNexthopAdj_;
 }  // namespace
 
+void MplsSm::hwFecIdRequestIs(Kor::Ptr<FecIdToHwFecIdRequest> t) {
+   hwFecIdRequest_ = std::move(t);
+   if (!hwFecIdRequest_) {
+      return;
+   }
+   // The table outlives a restart of this machine: FECs and requests of an earlier incarnation
+   // that no record of this one backs would otherwise hold their hardware ids for good.
+   Kor::Ptr<VrfMplsState> vrf = mplsState(defaultVrf());
+   auto stale = [&](Memtab::Fib::FecId id) { return !vrf || !vrf->extFecInfo(id); };
+   std::vector<Memtab::Fib::FecId> fecs;
+   for (const auto& [id, fec] : hwFecIdRequest_->fecMap()) {
+      if (stale(id)) {
+         fecs.push_back(id);
+      }
+   }
+   std::vector<Memtab::Fib::FecId> requests;
+   for (const auto& [id, request] : hwFecIdRequest_->hwFecIdRequestMap()) {
+      if (stale(id)) {
+         requests.push_back(id);
+      }
+   }
+   for (const auto& id : requests) {
+      hwFecIdRequest_->hwFecIdRequestDel(id);
+   }
+   for (const auto& id : fecs) {
+      hwFecIdRequest_->fecDel(id);
+   }
+}
+
 Memtab::Fib::FecId MplsSm::getOrAllocateMplsV4FecId(const Mpls::LfibViaSetKey& key,
                                                     VrfMplsState& vrf) {
    SM_TRACE(8, vrf.vrfName() << " lFib adj index" << key);

@@ -159,6 +159,10 @@ void MplsSm::processRouteKey(VrfMplsState& vrf, const Mpls::RouteKey& routeKey) 
       SM_TRACE(5, "prog routeKey " << routeKey << " l2 adj " << l2Adj->index() << " unprogrammed "
                                    << unprogrammed);
       if (route->l2Adj() != l2Adj || route->extFecInfo()) {
+         if (route->extFecInfo() && mplsSmHelper_) {
+            // Forwarded into a FEC until now: the helper lets go of the route.
+            mplsSmHelper_->deleteRoute(routeKey);
+         }
          clearRouteMappings(vrf, routeKey);
          route->l2AdjIs(l2Adj);
          addRouteKeyToL2Adj(routeKey, l2Adj);
@@ -166,33 +170,41 @@ void MplsSm::processRouteKey(VrfMplsState& vrf, const Mpls::RouteKey& routeKey) 
    } else if (forwardingIntoExternalFecsSupported() && extFec && extFec->fecId().isValid() &&
               mplsSmHelper_) {
       if (route->l2Adj()) {
-         // Programmed through an L2 adjacency until now: the hardware configuration lets go of
-         // the route first, or it would keep pointing at an adjacency that goes once unused.
+         // Programmed through an L2 adjacency until now. Delete first, create after: the hardware
+         // configuration lets go of the route in this pass (else it would keep pointing at an
+         // adjacency that goes once unused) and the helper takes it in the next, once the
+         // platform has cleared its status entries of the configured route; that clean-up would
+         // otherwise erase the unprogrammed entry recording a refusal of the helper.
+         SM_TRACE(5, "unprog routeKey " << routeKey << " before forwarding it into a FEC");
          falMplsHwVrfConfig(vrf.vrfName())->routeDel(routeKey);
-      }
-      std::uint64_t fecId = extFec->fecId().value();
-      auto rc = mplsSmHelper_->updateRoute(routeKey, l3Adj->labelAction(), l3Adj->payloadType(),
-                                           fecId, Wire::AddressingMethod::indirect);
-      auto status = falMplsHwVrfStatusNonConst(vrf.vrfName());
-      if (rc == Mpls::lfibHwProgrammingSuccess_) {
-         if (status) {
-            status->unprogrammedRouteDel(routeKey);
-         }
-         route->unprogrammedIs(false);
-      } else {
-         SM_DECISION(1, "adding route " << routeKey << " to unprogrammed list, reason "
-                                        << UnprogrammedReason::RouteFull);
-         if (status) {
-            // The reason first: the entry's own notification reads it.
-            status->unprogrammedReasonIs(UnprogrammedReason::RouteFull);
-            status->unprogrammedRouteIs(routeKey, true);
-         }
-         route->unprogrammedIs(true);
-      }
-      if (route->extFecInfo() != extFec || route->l2Adj()) {
          clearRouteMappings(vrf, routeKey);
-         route->extFecInfoIs(extFec);
-         addRouteKeyToExtFecInfo(routeKey, extFec);
+         route->unprogrammedIs(true);
+         vrf.routeKeyForReviewIs(routeKey, true);
+      } else {
+         std::uint64_t fecId = extFec->fecId().value();
+         auto rc = mplsSmHelper_->updateRoute(routeKey, l3Adj->labelAction(), l3Adj->payloadType(),
+                                              fecId, Wire::AddressingMethod::indirect);
+         auto status = falMplsHwVrfStatusNonConst(vrf.vrfName());
+         if (rc == Mpls::lfibHwProgrammingSuccess_) {
+            if (status) {
+               status->unprogrammedRouteDel(routeKey);
+            }
+            route->unprogrammedIs(false);
+         } else {
+            SM_DECISION(1, "adding route " << routeKey << " to unprogrammed list, reason "
+                                           << UnprogrammedReason::RouteFull);
+            if (status) {
+               // The reason first: the entry's own notification reads it.
+               status->unprogrammedReasonIs(UnprogrammedReason::RouteFull);
+               status->unprogrammedRouteIs(routeKey, true);
+            }
+            route->unprogrammedIs(true);
+         }
+         if (route->extFecInfo() != extFec) {
+            clearRouteMappings(vrf, routeKey);
+            route->extFecInfoIs(extFec);
+            addRouteKeyToExtFecInfo(routeKey, extFec);
+         }
       }
    } else if (isAdjPendingForReview(vrf, *l3Adj)) {
       // The adjacency's review puts its routes up for review again whenever what they would be

@@ -76,11 +76,19 @@ void MplsSm::handleLFibViaSetHelper(const Mpls::LfibViaSetKey& key, bool delFrom
       vrf = mplsStateIs(vrfName);
    }
    if (vrf->lFibViaSetToL3AdjHas(key)) {
-      vrf->l3AdjForReviewIs(vrf->lFibViaSetToL3Adj(key), true);
-      // Routes dropped while the set could not be carried come back with it, also when the
-      // adjacency outlived them (another route, waiting for its own new via set, holds it).
+      std::uint64_t index = vrf->lFibViaSetToL3Adj(key);
+      vrf->l3AdjForReviewIs(index, true);
+      // The adjacency's review reaches only the routes bound to it. Routes dropped while the set
+      // could not be carried, and routes that moved to the set while it was missing (they wait
+      // on their old adjacency), come back with it too: the adjacency may have outlived the
+      // set's absence, held by a route that was already bound to it.
+      L3AdjacencyPtr l3Adj = vrf->l3Adjacency(index);
       for (const auto& routeKey : users) {
-         if (mplsIpRouteKey_.contains(routeKey) && !vrf->route(routeKey)) {
+         if (!mplsIpRouteKey_.contains(routeKey)) {
+            continue;
+         }
+         Kor::Ptr<MplsRoute> route = vrf->route(routeKey);
+         if (!route || route->l3Adj() != l3Adj) {
             acceptRoute(*vrf, routeKey);
             vrf->routeKeyForReviewIs(routeKey, true);
          }
