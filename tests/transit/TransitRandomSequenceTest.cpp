@@ -27,10 +27,11 @@ constexpr std::uint32_t kVias = 24;
 constexpr std::uint32_t kViaSets = 12;
 constexpr std::uint32_t kFirstLabel = 1000;
 constexpr std::uint32_t kLabels = 48;
-
-Mpls::LfibViaSetKey setKey(std::uint32_t index) {
-   return Mpls::LfibViaSetKey(Mpls::viaTypeMplsIp_, index, Mpls::lfibSourceStatic_);
-}
+constexpr std::uint32_t kFirstExtSet = 20;
+constexpr std::uint32_t kExtSets = 4;
+const std::vector<Memtab::Fib::FecId> kExtFecs = {
+    Memtab::Fib::FecId::fecIdForAdjType(Memtab::Fib::AdjType::fibAdj_, 5),
+    Memtab::Fib::FecId::fecIdForAdjType(Memtab::Fib::AdjType::fibAdj_, 6), Memtab::Fib::FecId(0)};
 
 Mpls::LfibViaKey viaKey(std::uint32_t index) {
    return Mpls::LfibViaKey(Mpls::viaTypeMplsIp_, index, Mpls::lfibSourceStatic_);
@@ -58,10 +59,24 @@ std::vector<NextHop> nextHops() {
 
 class RandomSequence {
  public:
-   RandomSequence(std::uint32_t seed, bool inPlace) : rng_(seed), nextHops_(nextHops()) {
+   // With `fec`, the platform forwards into FECs: odd via sets are of the source that goes the
+   // FEC way, and routes may also use external-FEC via sets.
+   RandomSequence(std::uint32_t seed, bool inPlace, bool fec)
+       : rng_(seed), nextHops_(nextHops()), fec_(fec) {
       Log::ToggleService::toggleIs("InPlaceMplsAdjacencyUpdate", inPlace);
-      agent_ = std::make_unique<TransitAgent>();
+      TransitAgent::Options options;
+      options.fecForwarding = fec;
+      agent_ = std::make_unique<TransitAgent>(options);
       agent_->connectedRoute("10.9.0.0", 24, kResolverIntf);
+   }
+
+   Mpls::LfibViaSetKey setKey(std::uint32_t index) const {
+      if (index >= kFirstExtSet) {
+         return Mpls::LfibViaSetKey(Mpls::viaTypeExternalFec_, index, Mpls::lfibSourceStatic_);
+      }
+      bool fibSource = fec_ && index % 2 == 1;
+      return Mpls::LfibViaSetKey(Mpls::viaTypeMplsIp_, index,
+                                 fibSource ? Mpls::lfibSourceOspfSr_ : Mpls::lfibSourceStatic_);
    }
    ~RandomSequence() {
       agent_.reset();
@@ -84,6 +99,9 @@ class RandomSequence {
    void quiesce() {
       TransitAgent& a = *agent_;
       a.chip->refuseNextRoutesIs(0, Fal::UnprogrammedReason::RouteFull);
+      if (a.helper) {
+         a.helper->refuseNextIs(0);
+      }
       a.chip->routeCapacityIs(SIZE_MAX);
       a.chip->adjacencyCapacityIs(SIZE_MAX);
       a.routingInfo->mplsRoutingIs(true);
@@ -92,7 +110,7 @@ class RandomSequence {
       // its via set back so that the comparison below can hold.
       for (const auto& [key, route] : a.lfib->lfibRouteMap()) {
          if (!a.lfib->viaSetHas(route.viaSetKey())) {
-            newViaSet(route.viaSetKey().index());
+            newSet(route.viaSetKey().index());
          }
       }
       log("quiesce");
@@ -130,6 +148,14 @@ class RandomSequence {
             }
          }
          Fal::MplsHwRoute cfg = config->route(key);
+         if (e.fecWay) {
+            EXPECT_TRUE(!cfg) << "route " << key << " going the FEC way is configured" << trail();
+            checkFecRoute(key, route.viaSetKey(), e);
+            continue;
+         }
+         if (a.helper) {
+            EXPECT_FALSE(a.helper->has(key)) << "route " << key << " is in the helper" << trail();
+         }
          if (!e.programmed) {
             EXPECT_TRUE(!cfg) << "route " << key << " of " << route.viaSetKey()
                               << " is configured though it cannot be programmed" << trail();
@@ -179,7 +205,10 @@ class RandomSequence {
  private:
    struct Expected {
       bool sane = false;        // the machine keeps the route (its via set passes validation)
-      bool programmed = false;  // and every next hop resolves
+      bool programmed = false;  // and every next hop resolves (or its FEC is valid)
+      bool fecWay = false;      // programmed through the helper into a FEC
+      Memtab::Fib::FecId externalFec;  // for an external-FEC via set
+      std::vector<Mpls::LfibMplsVia> vias;
       Mpls::Hardware::L2ViaSet l2ViaSet;
       std::vector<Fal::NextHopKey> monitored;
       std::vector<std::string> watched;
@@ -192,6 +221,17 @@ class RandomSequence {
       Expected e;
       const Mpls::LfibViaSet* set = a.lfib->viaSetPtr(key);
       if (!set) {
+         return e;
+      }
+      if (key.viaType() == Mpls::viaTypeExternalFec_) {
+         // Kept whatever its content; programmed only with one valid external-FEC via.
+         e.sane = true;
+         if (set->vias() == 1) {
+            Mpls::LfibExtFecVia via = a.lfib->extFecVia(set->via(Mpls::LfibViaIndexRange(0)));
+            e.fecWay = via.fecId().isValid();
+            e.programmed = e.fecWay;
+            e.externalFec = via.fecId();
+         }
          return e;
       }
       std::vector<Mpls::LfibMplsVia> vias;
@@ -207,7 +247,13 @@ class RandomSequence {
          vias.push_back(via);
       }
       e.sane = true;
+      e.vias = vias;
       if (vias.empty()) {
+         return e;
+      }
+      if (key.source() == Mpls::lfibSourceOspfSr_) {
+         e.fecWay = true;
+         e.programmed = true;
          return e;
       }
       bool resolved = true;
@@ -231,6 +277,39 @@ class RandomSequence {
       }
       e.programmed = resolved;
       return e;
+   }
+
+   // A route going the FEC way is in the helper, forwarding into the FEC of its via set, whose
+   // published record holds the via set's vias in order.
+   void checkFecRoute(const Mpls::RouteKey& key, const Mpls::LfibViaSetKey& setKey,
+                      const Expected& e) {
+      TransitAgent& a = *agent_;
+      ASSERT_TRUE(a.helper);
+      if (!a.helper->has(key)) {
+         ADD_FAILURE() << "route " << key << " of " << setKey << " is not in the helper" << trail();
+         return;
+      }
+      Memtab::Fib::FecId fecId(a.helper->entry(key).fecId);
+      EXPECT_EQ(a.fecRequest->hwFecIdRequest(fecId), Fal::HwFecIdRequest(fecId)) << key;
+      EXPECT_NE(a.fecResponse->hwFecId(fecId).hwFecId(), 0u) << key;
+      if (setKey.viaType() == Mpls::viaTypeExternalFec_) {
+         EXPECT_EQ(fecId, e.externalFec) << "route " << key << trail();
+         EXPECT_FALSE(a.fecRequest->fecPtr(fecId)) << key;
+         return;
+      }
+      EXPECT_EQ(fecId.adjType(), Memtab::Fib::AdjType::mplsNexthopAdj_) << key;
+      const Memtab::Fib::Fec* fec = a.fecRequest->fecPtr(fecId);
+      if (!fec) {
+         ADD_FAILURE() << "the FEC of route " << key << " is not published" << trail();
+         return;
+      }
+      ASSERT_EQ(fec->vias(), e.vias.size()) << key << trail();
+      for (std::size_t i = 0; i < e.vias.size(); ++i) {
+         Memtab::Fib::Via via = fec->via(Memtab::Fib::ViaIndex(static_cast<std::uint32_t>(i)));
+         EXPECT_EQ(via.nextHop(), e.vias[i].nextHop()) << key << " via " << i << trail();
+         EXPECT_EQ(via.intf(), e.vias[i].intf()) << key << " via " << i;
+         EXPECT_EQ(via.labelStack(), e.vias[i].labelStack()) << key << " via " << i;
+      }
    }
 
    std::uint32_t pick(std::uint32_t n) {
@@ -290,8 +369,39 @@ class RandomSequence {
             vias.push_back(viaKey(1 + pick(kVias)));
          }
       }
-      agent_->viaSet(index, vias);
+      agent_->viaSet(index, vias, Mpls::LfibViaSetKey(), setKey(index).source());
       log("via set " + std::to_string(index) + " with " + std::to_string(n) + " vias");
+   }
+
+   void newExtFecSet(std::uint32_t index) {
+      TransitAgent& a = *agent_;
+      if (pick(6) == 0) {
+         Mpls::LfibViaKey v1(Mpls::viaTypeExternalFec_, index, Mpls::lfibSourceStatic_);
+         Mpls::LfibViaKey v2(Mpls::viaTypeExternalFec_, index + 100, Mpls::lfibSourceStatic_);
+         a.lfib->extFecViaIs(Mpls::LfibExtFecVia(v1, kExtFecs[0]));
+         a.lfib->extFecViaIs(Mpls::LfibExtFecVia(v2, kExtFecs[1]));
+         a.lfib->viaSetIs(Mpls::LfibViaSet(setKey(index), {v1, v2}));
+         log("external FEC set " + std::to_string(index) + " with two vias");
+         return;
+      }
+      const Memtab::Fib::FecId& fecId = kExtFecs[pick(kExtFecs.size())];
+      a.extFecViaSet(index, fecId);
+      log("external FEC set " + std::to_string(index) + " -> " + fecId.stringValue());
+   }
+
+   void newSet(std::uint32_t index) {
+      if (index >= kFirstExtSet) {
+         newExtFecSet(index);
+      } else {
+         newViaSet(index);
+      }
+   }
+
+   std::uint32_t randomSet() {
+      if (fec_ && pick(5) == 0) {
+         return kFirstExtSet + pick(kExtSets);
+      }
+      return 1 + pick(kViaSets);
    }
 
    void event() {
@@ -299,7 +409,7 @@ class RandomSequence {
       std::uint32_t kind = pick(100);
       if (kind < 25) {
          std::uint32_t label = kFirstLabel + pick(kLabels);
-         std::uint32_t set = 1 + pick(kViaSets);
+         std::uint32_t set = randomSet();
          a.route(label, setKey(set));
          log("route " + std::to_string(label) + " -> set " + std::to_string(set));
       } else if (kind < 35) {
@@ -307,9 +417,9 @@ class RandomSequence {
          a.routeDel(label);
          log("route " + std::to_string(label) + " deleted");
       } else if (kind < 47) {
-         newViaSet(1 + pick(kViaSets));
+         newSet(randomSet());
       } else if (kind < 50) {
-         std::uint32_t set = 1 + pick(kViaSets);
+         std::uint32_t set = randomSet();
          a.viaSetDel(setKey(set));
          log("via set " + std::to_string(set) + " deleted");
       } else if (kind < 60) {
@@ -331,6 +441,9 @@ class RandomSequence {
              Fal::UnprogrammedReason::InterfaceNotReady};
          std::uint32_t n = 1 + pick(4);
          a.chip->refuseNextRoutesIs(n, reasons[pick(3)]);
+         if (a.helper && pick(2) == 0) {
+            a.helper->refuseNextIs(n);
+         }
          log("refuse next " + std::to_string(n));
       } else if (kind < 92) {
          std::size_t routes = pick(3) == 0 ? SIZE_MAX : 5 + pick(20);
@@ -344,6 +457,11 @@ class RandomSequence {
          log(std::string("routing ") + (on ? "on" : "off"));
       } else if (kind < 97) {
          a.stop();
+         if (a.helper) {
+            // The platform's route helper restarts with the agent (see the FEC tests for one
+            // that does not).
+            a.helper = Kor::make<TestSupport::FakeMplsSmHelper>();
+         }
          a.start();
          log("restart");
       } else {
@@ -353,25 +471,33 @@ class RandomSequence {
 
    std::mt19937 rng_;
    std::vector<NextHop> nextHops_;
+   bool fec_;
    std::unique_ptr<TransitAgent> agent_;
    std::deque<std::string> events_;
 };
 
-class TransitRandomSequence : public ::testing::TestWithParam<std::uint32_t> {};
-
-TEST_P(TransitRandomSequence, HardwareMatchesTheLfibOnceQuiet) {
-   const std::uint32_t seed = GetParam();
-   RandomSequence sequence(seed, seed % 2 == 0);
-   // Start from something: every via and via set exists once.
+void runSequence(std::uint32_t seed, bool inPlace, bool fec) {
+   RandomSequence sequence(seed, inPlace, fec);
+   // Start from something: every via exists once.
    for (std::uint32_t i = 1; i <= kVias; ++i) {
       sequence.agent().mplsVia(i, "10.1.0." + std::to_string(1 + i % 3), kIntfs[0]);
    }
    sequence.run(3000);
-   ASSERT_FALSE(HasFailure()) << "seed " << seed;
+   ASSERT_FALSE(::testing::Test::HasFailure()) << "seed " << seed;
    sequence.quiesce();
-   ASSERT_FALSE(HasFailure()) << "seed " << seed;
+   ASSERT_FALSE(::testing::Test::HasFailure()) << "seed " << seed;
    sequence.compare();
-   EXPECT_FALSE(HasFailure()) << "seed " << seed;
+   EXPECT_FALSE(::testing::Test::HasFailure()) << "seed " << seed;
+}
+
+class TransitRandomSequence : public ::testing::TestWithParam<std::uint32_t> {};
+
+TEST_P(TransitRandomSequence, HardwareMatchesTheLfibOnceQuiet) {
+   runSequence(GetParam(), GetParam() % 2 == 0, false);
+}
+
+TEST_P(TransitRandomSequence, HardwareAndFecsMatchTheLfibOnceQuiet) {
+   runSequence(GetParam(), GetParam() % 2 == 1, true);
 }
 
 INSTANTIATE_TEST_SUITE_P(Seeds, TransitRandomSequence, ::testing::Range(1u, 13u));

@@ -262,6 +262,32 @@ TEST(TransitRoute, RoutesDroppedForABadViaSetComeBackWithItWhileItsAdjacencyLive
    EXPECT_TRUE(a.programmed(100));
 }
 
+TEST(TransitRoute, ARouteMovedToAMissingViaSetFollowsItWhenItReturns) {
+   TransitAgent a;
+   a.neighbor("10.0.0.2", kVlan10, "00:00:00:00:00:02");
+   a.neighbor("10.0.1.2", kVlan20, "00:00:00:00:01:02");
+   auto setS = a.viaSet(1, {a.mplsVia(1, "10.0.0.2", kVlan10)});
+   auto setT = a.viaSet(2, {a.mplsVia(2, "10.0.1.2", kVlan20)});
+   a.route(100, setS);
+   a.route(200, setT);
+   settleAndCheck(a);
+   ASSERT_TRUE(a.programmed(100));
+   ASSERT_TRUE(a.programmed(200));
+   // Set S goes; route 100 waits for it, holding S's adjacency. Route 200 moves to S meanwhile
+   // and waits too, on its old adjacency.
+   a.viaSetDel(setS);
+   a.route(200, setS);
+   settleAndCheck(a);
+   ASSERT_TRUE(a.l3Adj(setS));
+   // S returns: both routes are programmed through it.
+   a.viaSet(1, {a.mplsVia(1, "10.0.0.2", kVlan10)});
+   settleAndCheck(a);
+   EXPECT_TRUE(a.programmed(200));
+   EXPECT_EQ(a.stateRoute(200)->l3Adj(), a.l3Adj(setS));
+   EXPECT_EQ(a.configRoute(200).l2Adjacency(), a.configRoute(100).l2Adjacency());
+   EXPECT_FALSE(a.l3Adj(setT));
+}
+
 TEST(TransitRoute, AnAdjacencyPendingDeletionCanAlsoBeDeletedFromItsOwnReview) {
    TransitAgent a;
    a.neighbor("10.0.0.2", kVlan10, "00:00:00:00:00:02");
