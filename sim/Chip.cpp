@@ -303,19 +303,20 @@ void Chip::programRoute(Fal::VrfId id, const Fal::MplsHwVrfConfig& config,
       vrf.routeReason.erase(key);
       return;
    }
+   const Fal::L2AdjacencyPtr& adj = route.l2Adjacency();
+   // An interface that went down takes out even a route that is programmed as configured.
+   if (adj && !egressReady(adj)) {
+      refuseRoute(vrf, status, key, Fal::UnprogrammedReason::InterfaceNotReady);
+      return;
+   }
    if (present && status.route(key) == route) {
       status.unprogrammedRouteDel(key);
       vrf.routeReason.erase(key);
       return;
    }
-   const Fal::L2AdjacencyPtr& adj = route.l2Adjacency();
    Fal::UnprogrammedReason reason = Fal::UnprogrammedReason::Success;
    if (!adj || !status.l2AdjacencyHas(adj)) {
       refuseRoute(vrf, status, key, Fal::UnprogrammedReason::AdjacencyFull);
-      return;
-   }
-   if (!egressReady(adj)) {
-      refuseRoute(vrf, status, key, Fal::UnprogrammedReason::InterfaceNotReady);
       return;
    }
    if (takeRefusal(RefuseTarget::routes, reason)) {

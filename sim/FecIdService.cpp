@@ -39,8 +39,11 @@ void FecIdService::serve(Kor::Ptr<const Fal::FecIdToHwFecIdRequest> request,
    for (const auto& [fecId, a] : pair->response->hwFecIdMap()) {
       pair->dirty.insert(fecId);
    }
+   bool work = !pair->dirty.empty();
    pairs_.push_back(std::move(pair));
-   arm();
+   if (work) {
+      arm();
+   }
 }
 
 void FecIdService::capacityIs(std::size_t n) {
