@@ -399,6 +399,11 @@ void MplsSm::handleMplsRouting(bool routing) {
    if (routing) {
       SM_DECISION(1, "mplsRouting enabled in vrf " << vrf);
       falMplsHwVrfConfig(vrf)->mplsRoutingIs(true);
+      // Back on before the platform saw it off (the routes were still draining): no confirmation
+      // will come to bring the routes back, so they are taken up now.
+      if (initialized_ && platformRoutingEnabled(vrf)) {
+         handleLFibRoute();
+      }
       return;
    }
    SM_DECISION(1, "mplsRouting disabled in vrf " << vrf);

@@ -85,6 +85,19 @@ void MplsSm::handleLFibRoute() {
    for (const auto& key : keys) {
       handleLFibRoute(key);
    }
+   // Routing has just become available. What the state already holds is looked at again too:
+   // the changes that came while it was unavailable were not taken up, so a route deleted
+   // meanwhile would stay programmed and a changed via set would keep its old next hops.
+   const L3::VrfName& vrf = defaultVrf();
+   if (Kor::Ptr<VrfMplsState> state = mplsState(vrf)) {
+      for (const auto& [key, route] : state->routeMap()) {
+         state->routeKeyForReviewIs(key, true);
+      }
+      for (const auto& [index, l3Adj] : state->l3AdjacencyMap()) {
+         state->l3AdjForReviewIs(index, true);
+      }
+      doMaybeScheduleReview(vrf);
+   }
 }
 
 void MplsSm::processRouteKey(VrfMplsState& vrf, const Mpls::RouteKey& routeKey) {
