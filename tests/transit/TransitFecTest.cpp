@@ -318,6 +318,45 @@ TEST_F(FecTest, AViaSetMovingBetweenTheTwoWaysLeavesNothingBehind) {
    EXPECT_TRUE(a.fecRequest->fecMap().empty());
 }
 
+TEST_F(FecTest, ARouteMovingFromTheFecWayToAnL2AdjacencyLeavesTheHelper) {
+   auto fib = fibSet(1, {a.mplsVia(1, "10.0.0.2", kVlan10)});
+   auto plain = a.viaSet(2, {a.mplsVia(2, "10.0.1.2", kVlan20)});
+   a.route(100, fib);
+   settleAndCheck(a);
+   ASSERT_TRUE(a.helper->has(TransitAgent::key(100)));
+   a.route(100, plain);
+   settleAndCheck(a);
+   EXPECT_TRUE(a.programmed(100));
+   EXPECT_FALSE(a.helper->has(TransitAgent::key(100)));
+   EXPECT_TRUE(a.fecRequest->fecMap().empty());
+   // And back.
+   a.route(100, fib);
+   settleAndCheck(a);
+   EXPECT_TRUE(a.helper->has(TransitAgent::key(100)));
+   EXPECT_TRUE(!a.configRoute(100));
+}
+
+TEST_F(FecTest, AHelperRefusalWhileARouteEntersTheFecWayIsRetried) {
+   a.viaSet(1, {a.mplsVia(1, "10.0.0.2", kVlan10)});
+   Mpls::LfibViaSetKey set(Mpls::viaTypeMplsIp_, 1, Mpls::lfibSourceStatic_);
+   a.route(100, set);
+   settleAndCheck(a);
+   ASSERT_TRUE(a.programmed(100));
+   // The set gains a backup, so it goes the FEC way, and the helper is out of room just then.
+   auto backup = a.viaSet(2, {a.mplsVia(2, "10.0.1.2", kVlan20)});
+   a.viaSet(1, {a.mplsVia(1, "10.0.0.2", kVlan10)}, backup);
+   a.helper->refuseNextIs(1);
+   settleAndCheck(a);
+   EXPECT_TRUE(!a.configRoute(100));
+   EXPECT_FALSE(a.helper->has(TransitAgent::key(100)));
+   EXPECT_TRUE(a.vrfStatus()->unprogrammedRouteHas(TransitAgent::key(100)));
+   EXPECT_TRUE(a.stateRoute(100)->unprogrammed());
+   settleAndCheck(a, 11.0);
+   EXPECT_TRUE(a.helper->has(TransitAgent::key(100)));
+   EXPECT_FALSE(a.stateRoute(100)->unprogrammed());
+   EXPECT_EQ(a.state()->numUnprogrammedRoute(), 0u);
+}
+
 TEST_F(FecTest, RestartWithdrawsWhatTheEarlierIncarnationRequestedAndNoLongerUses) {
    auto set1 = fibSet(1, {a.mplsVia(1, "10.0.0.2", kVlan10)});
    auto set2 = fibSet(2, {a.mplsVia(2, "10.0.1.2", kVlan20)});

@@ -21,6 +21,7 @@ using TestSupport::transitInvariantViolations;
 const Wire::IntfId kResolverIntf = Wire::IntfId::vlan(40);
 const std::vector<Wire::IntfId> kIntfs = {Wire::IntfId::vlan(10), Wire::IntfId::vlan(20),
                                           Wire::IntfId::vlan(30)};
+const char* const kDefaultGateway = "10.9.0.4";
 const std::vector<std::string> kMacs = {"00:00:00:00:00:01", "00:00:00:00:00:02",
                                         "00:00:00:00:00:03"};
 constexpr std::uint32_t kVias = 24;
@@ -54,6 +55,10 @@ std::vector<NextHop> nextHops() {
    for (int host = 1; host <= 4; ++host) {
       all.push_back({"10.9.0." + std::to_string(host), Wire::IntfId()});
    }
+   // Covered only by the default route.
+   for (int host = 1; host <= 2; ++host) {
+      all.push_back({"172.16.0." + std::to_string(host), Wire::IntfId()});
+   }
    return all;
 }
 
@@ -68,6 +73,7 @@ class RandomSequence {
       options.fecForwarding = fec;
       agent_ = std::make_unique<TransitAgent>(options);
       agent_->connectedRoute("10.9.0.0", 24, kResolverIntf);
+      agent_->ipRoute("0.0.0.0", 0, kDefaultGateway, kResolverIntf);
    }
 
    Mpls::LfibViaSetKey setKey(std::uint32_t index) const {
@@ -261,8 +267,18 @@ class RandomSequence {
          Fal::NextHopKey neighbourKey(via.nextHop(), via.intf());
          if (via.intf().empty()) {
             e.watched.push_back(via.nextHop().stringValue());
-            // Inside the connected subnet the address is its own next hop on that interface.
-            neighbourKey = Fal::NextHopKey(via.nextHop(), kResolverIntf);
+            // Inside the connected subnet the address is its own next hop on that interface;
+            // elsewhere only the default route covers it, through its gateway, and only while
+            // that is allowed.
+            Wire::IpGenAddr gateway = via.nextHop();
+            if (via.nextHop().stringValue().rfind("172.16.", 0) == 0) {
+               if (!a.mplsStatus->nexthopResolutionAllowDefaultRoute()) {
+                  resolved = false;
+                  continue;
+               }
+               gateway = Wire::IpGenAddr::parse(kDefaultGateway);
+            }
+            neighbourKey = Fal::NextHopKey(gateway, kResolverIntf);
          } else {
             e.monitored.push_back(neighbourKey);
          }
@@ -451,10 +467,22 @@ class RandomSequence {
          a.chip->routeCapacityIs(routes);
          a.chip->adjacencyCapacityIs(adjs);
          log("capacity routes " + std::to_string(routes) + " adjacencies " + std::to_string(adjs));
-      } else if (kind < 95) {
+      } else if (kind < 94) {
          bool on = !a.routingInfo->mplsRouting();
          a.routingInfo->mplsRoutingIs(on);
          log(std::string("routing ") + (on ? "on" : "off"));
+      } else if (kind < 95) {
+         // The platform withdraws MPLS routing on its own, and later answers the configuration
+         // again (quiesce makes it answer at the latest).
+         if (auto status = a.vrfStatus()) {
+            bool on = !status->mplsRouting() && a.vrfConfig()->mplsRouting();
+            status->mplsRoutingIs(on);
+            log(std::string("platform routing ") + (on ? "on" : "off"));
+         }
+      } else if (kind < 96) {
+         bool allow = !a.mplsStatus->nexthopResolutionAllowDefaultRoute();
+         a.mplsStatus->nexthopResolutionAllowDefaultRouteIs(allow);
+         log(std::string("default route ") + (allow ? "allowed" : "not allowed"));
       } else if (kind < 97) {
          a.stop();
          if (a.helper) {

@@ -406,6 +406,51 @@ TEST(TransitRoute, ViaSetChangesWhileRoutingIsBrieflyOffAreNotLost) {
        a.monitoredNhSm->entryHas(Fal::VrfId(0), Wire::IpGenAddr::parse("10.0.1.2"), kVlan20));
 }
 
+TEST(TransitRoute, RoutesDrainedWhileRoutingIsBrieflyOffComeBack) {
+   TransitAgent a;
+   a.neighbor("10.0.0.2", kVlan10, "00:00:00:00:00:02");
+   auto set = a.viaSet(1, {a.mplsVia(1, "10.0.0.2", kVlan10)});
+   a.route(100, set);
+   a.route(101, set);
+   settleAndCheck(a);
+   ASSERT_TRUE(a.programmed(100));
+   // Off long enough for one review pass to take the routes down, on again before the VRF is
+   // empty: the platform never stops confirming routing, so nothing else announces the return.
+   a.routingInfo->mplsRoutingIs(false);
+   a.loop->advance(0.0015);
+   ASSERT_FALSE(a.stateRoute(100));
+   ASSERT_TRUE(a.vrfConfig()->mplsRouting());
+   a.routingInfo->mplsRoutingIs(true);
+   settleAndCheck(a);
+   EXPECT_TRUE(a.programmed(100));
+   EXPECT_TRUE(a.programmed(101));
+}
+
+TEST(TransitRoute, ChangesWhileThePlatformHasRoutingOffAreTakenUpWhenItReturns) {
+   TransitAgent a;
+   a.neighbor("10.0.0.2", kVlan10, "00:00:00:00:00:02");
+   a.neighbor("10.0.1.2", kVlan20, "00:00:00:00:01:02");
+   auto set = a.viaSet(1, {a.mplsVia(1, "10.0.0.2", kVlan10)});
+   a.route(100, set);
+   a.route(101, set);
+   settleAndCheck(a);
+   ASSERT_TRUE(a.programmed(101));
+   // The platform withdraws MPLS routing on its own; meanwhile the LFIB moves on.
+   a.vrfStatus()->mplsRoutingIs(false);
+   a.routeDel(101);
+   a.mplsVia(1, "10.0.1.2", kVlan20);
+   a.route(102, set);
+   settleAndCheck(a);
+   a.vrfStatus()->mplsRoutingIs(true);
+   settleAndCheck(a);
+   EXPECT_TRUE(!a.configRoute(101));
+   EXPECT_FALSE(a.stateRoute(101));
+   EXPECT_TRUE(a.programmed(102));
+   ASSERT_TRUE(a.programmed(100));
+   EXPECT_EQ(a.configRoute(100).l2Adjacency()->l2ViaSet().begin()->macAddr(),
+             Wire::EthAddr::parse("00:00:00:00:01:02"));
+}
+
 TEST(TransitRoute, RoutingOffWithoutRoutesClearsTheFlagAtOnce) {
    TransitAgent::Options o;
    o.mplsRouting = false;
