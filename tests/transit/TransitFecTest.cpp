@@ -83,6 +83,41 @@ TEST_F(FecTest, AViaSetOfTheFibSourceGetsItsOwnFecAndItsRoutesGoThroughTheHelper
    EXPECT_EQ(requests, 1u);
 }
 
+TEST_F(FecTest, RepublishingAnUnchangedFecWritesNothing) {
+   struct Writes : Fal::FecIdToHwFecIdRequest::NotifieeConst {
+      using Fal::FecIdToHwFecIdRequest::NotifieeConst::NotifieeConst;
+      void onFec(Memtab::Fib::FecId) override { ++n; }
+      void onHwFecIdRequest(Memtab::Fib::FecId) override { ++n; }
+      int n = 0;
+   } writes(a.fecRequest);
+   auto set = fibSet(1, {a.mplsVia(1, "10.0.0.2", kVlan10)});
+   a.fecService->answerIs(false);
+   a.route(100, set);
+   settleAndCheck(a);
+   EXPECT_EQ(writes.n, 2);  // the FEC and its request
+   // The answer has the adjacency reviewed, which publishes the same FEC and request again.
+   std::uint64_t reviewed = a.state()->l3AdjReviewed();
+   a.fecService->answerIs(true);
+   settleAndCheck(a);
+   EXPECT_GT(a.state()->l3AdjReviewed(), reviewed);
+   EXPECT_EQ(writes.n, 2);
+}
+
+TEST_F(FecTest, AViaSetKeepsItsFecIdAndExternalIdsAreNeverFreed) {
+   auto set = fibSet(1, {a.mplsVia(1, "10.0.0.2", kVlan10)});
+   a.route(100, set);
+   settleAndCheck(a);
+   auto& state = *a.state();
+   Memtab::Fib::FecId first = a.sm->getOrAllocateMplsV4FecId(set, state);
+   EXPECT_EQ(a.sm->getOrAllocateMplsV4FecId(set, state), first);
+   EXPECT_EQ(first, fecOf(set));
+   EXPECT_EQ(a.sm->numAllocator()->status()->allocated(), 1u);
+   // An id of another adjacency type is not this machine's to give back.
+   a.sm->freeMplsV4FecId(externalFec(first.index()), state);
+   EXPECT_TRUE(a.sm->numAllocator()->isAllocated(first.index()));
+   EXPECT_EQ(fecOf(set), first);
+}
+
 TEST_F(FecTest, DeletionWithdrawsTheFecAndItsNumberComesBackOnlyAfterTenSeconds) {
    auto set1 = fibSet(1, {a.mplsVia(1, "10.0.0.2", kVlan10)});
    auto set2 = fibSet(2, {a.mplsVia(2, "10.0.1.2", kVlan20)});
