@@ -323,7 +323,10 @@ void MplsSm::handleUnprogrammedAdj(VrfId vrfId, const L2AdjacencyPtr& l2Adjacenc
    SM_TRACE(5, "add l2 adj " << l2Adjacency->index() << " for review");
    vrf->l2AdjForReviewIs(l2Adjacency->index(), true);
    auto status = mplsHwStatus_->vrfStatus(vrfId);
-   if (status && status->unprogrammedAdjacencyHas(l2Adjacency)) {
+   bool unprogrammed = status && status->unprogrammedAdjacencyHas(l2Adjacency);
+   // Routes read the flag on the hardware record when they are programmed through it.
+   l2Adjacency->unprogrammedIs(unprogrammed);
+   if (unprogrammed) {
       SM_TRACE(5, "l2 adj " << l2Adjacency->index() << " not programmed");
       vrf->numUnprogrammedAdjInc();
       vrf->unprogrammedRetryIntervalIs(defaultUnprogrammedRetryInterval_);
