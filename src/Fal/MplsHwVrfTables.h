@@ -101,6 +101,9 @@ public:
    }
    const RouteMap& routeMap() const { return route_; }
    std::size_t routes() const { return route_.size(); }
+   // Makes room for n routes at once, so that growing the table happens here and not inside a
+   // later insertion.
+   void routeReserve(std::size_t n) { route_.reserve(n); }
 
 private:
    VrfId vrfId_;

@@ -318,6 +318,7 @@ private:
    Kor::Ptr<VrfMplsState> defaultState_;
    VrfId defaultVrfId_;
    bool defaultVrfKnown_ = false;
+   std::size_t reservedRoutes_ = 0;
    Kor::Ptr<MplsHwVrfConfig> lastVrfConfig_;
    unsigned inPlaceToggleWord_ = 0;
 

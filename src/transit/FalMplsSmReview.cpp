@@ -20,12 +20,21 @@ namespace {
 template <class Set, class Yield, class Work>
 void drainOnce(Set& live, Set& batch, Yield&& yield, Work&& work) {
    batch.swap(live);
+   // Erase as we go through the iterator the erase returns: asking for begin() again after each
+   // erase would rescan the emptied front of an open-addressing table every time.
    auto it = batch.begin();
-   for (; it != batch.end() && !yield(); ++it) {
-      work(*it);
+   while (it != batch.end() && !yield()) {
+      auto key = *it;
+      it = batch.erase(it);
+      work(key);
    }
-   for (; it != batch.end(); ++it) {
-      live.insert(*it);
+   // Hand back what was not reached: by swapping when nothing new was queued (the usual case of
+   // a pass that yields), so that a large backlog costs nothing to put back.
+   if (live.size() < batch.size()) {
+      live.swap(batch);
+   }
+   for (const auto& key : batch) {
+      live.insert(key);
    }
    batch.clear();
 }

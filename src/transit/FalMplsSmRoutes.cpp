@@ -2,6 +2,8 @@
 // publishing them.
 #include "FalMplsSm.h"
 
+#include <algorithm>
+
 #include "MplsSmTrace.h"
 
 namespace Fal {
@@ -64,6 +66,15 @@ void MplsSm::handleLFibRoute(const Mpls::RouteKey& routeKey) {
 void MplsSm::acceptRoute(VrfMplsState& vrf, const Mpls::RouteKey& routeKey) {
    if (vrf.route(routeKey)) {
       return;
+   }
+   if (vrf.routes() >= reservedRoutes_) {
+      // Grow every per-route table of the VRF here, in the notification, by doubling: growing a
+      // table of a million entries takes longer than a whole review pass may, and inside a pass
+      // it would happen in the middle of one item.
+      reservedRoutes_ = std::max<std::size_t>(1024, vrf.routes() + vrf.routes() / 2);
+      vrf.routeReserve(reservedRoutes_);
+      falMplsHwVrfConfig(vrf.vrfName())->routeReserve(reservedRoutes_);
+      routingHwMplsStatus_->routeReserve(reservedRoutes_);
    }
    vrf.routeIs(routeKey);
    // The platform may list the route as unprogrammed from before this state knew it (after a

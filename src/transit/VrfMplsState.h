@@ -35,6 +35,10 @@ public:
    Kor::Ptr<MplsRoute> route(const Mpls::RouteKey& k) const { return Kor::mapValueOr(route_, k); }
    Kor::Ptr<MplsRoute> routeIs(const Mpls::RouteKey& k);
    void routeDel(const Mpls::RouteKey& k) { route_.erase(k); }
+   void routeReserve(std::size_t n) {
+      route_.reserve(n);
+      forPublish_.reserve(n);
+   }
    void routeDelAll() { route_.clear(); }
    std::size_t routes() const { return route_.size(); }
    const RouteMap& routeMap() const { return route_; }

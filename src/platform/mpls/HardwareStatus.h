@@ -79,6 +79,7 @@ public:
       Kor::deleteEachKey(route_, [this](const RouteKey& k) { routeDel(k); });
    }
    const RouteMap& routeMap() const { return route_; }
+   void routeReserve(std::size_t n) { route_.reserve(n); }
 
    bool nexthopResolutionAllowDefaultRoute() const { return allowDefaultRoute_; }
    void nexthopResolutionAllowDefaultRouteIs(bool v) {
