@@ -27,8 +27,12 @@ Runner::Runner(const Scenario& scenario) : scenario_(scenario) {
    for (const auto& [name, on] : c.toggles) {
       Log::ToggleService::toggleIs(name, on);
    }
-   Log::TraceConfig::configIs(c.trace);
-   tee_ = std::make_unique<TeeTraceSink>(traces_, c.traceToStderr);
+   // A scenario without trace settings leaves the environment's (MPLSFWD_TRACE) in force, and
+   // those lines are for the user's eyes: they go to standard error as usual.
+   if (!c.trace.empty()) {
+      Log::TraceConfig::configIs(c.trace);
+   }
+   tee_ = std::make_unique<TeeTraceSink>(traces_, c.traceToStderr || c.trace.empty());
    traceScope_ = std::make_unique<Log::TraceSinkScope>(*tee_);
    Log::FastLog::instance().clear();
    Log::FastLog::instance().enabledIs(c.fastLog);
@@ -56,7 +60,9 @@ Runner::~Runner() {
    controlPlane_.reset();
    agent_.reset();
    traceScope_.reset();
-   Log::TraceConfig::configIs("");
+   if (!scenario_.config.trace.empty()) {
+      Log::TraceConfig::reloadFromEnvironment();
+   }
    Log::FastLog::instance().enabledIs(false);
    Log::FastLog::instance().clear();
    for (const auto& [name, on] : scenario_.config.toggles) {

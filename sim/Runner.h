@@ -25,7 +25,8 @@ struct Failure {
 // Runs a parsed scenario: applies its config (toggles, trace settings) to the process, builds the
 // agent, runs every step in order and records each expectation that fails; it goes on after a
 // failure so that one run reports them all. The trace configuration, the toggles and the FastLog
-// state are process-wide; the runner restores them when it goes.
+// state are process-wide; the runner puts the trace configuration back to the environment's, and
+// takes its toggles and the FastLog state back, when it goes.
 class Runner {
  public:
    explicit Runner(const Scenario& scenario);

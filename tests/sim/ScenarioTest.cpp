@@ -4,7 +4,6 @@
 
 #include <filesystem>
 #include <fstream>
-#include <regex>
 #include <set>
 #include <sstream>
 
@@ -146,7 +145,7 @@ TEST(SimRunner, TracesAreKeptForExpectationsAndTheProcessSettingsAreRestored) {
       EXPECT_TRUE(runner.failures().empty());
       EXPECT_GT(runner.traceLines(), 0u);
    }
-   EXPECT_EQ(Log::TraceConfig::config(), "");
+   EXPECT_EQ(Log::TraceConfig::enabledMask("MplsSm"), 0u) << "back to the environment's setting";
 }
 
 // Every operation is documented with an example, and every example in the documentation parses.
@@ -156,11 +155,16 @@ TEST(SimScenario, TheDocumentedExamplesParseAndCoverEveryOperation) {
    std::stringstream ss;
    ss << in.rdbuf();
    std::string doc = ss.str();
-   std::regex block("```json\n([\\s\\S]*?)```");
+   // Plain string search: the fenced blocks, and the first operation name in each.
+   const std::string open = "```json\n";
    std::set<std::string> documented;
    std::size_t blocks = 0;
-   for (std::sregex_iterator it(doc.begin(), doc.end(), block), end; it != end; ++it) {
-      std::string body = (*it)[1];
+   for (std::size_t at = doc.find(open); at != std::string::npos; at = doc.find(open, at)) {
+      std::size_t begin = at + open.size();
+      std::size_t close = doc.find("```", begin);
+      ASSERT_NE(close, std::string::npos);
+      std::string body = doc.substr(begin, close - begin);
+      at = close + 3;
       ++blocks;
       // A lone step runs with the in-memory trace ring on, which expectTrace needs.
       std::string text = body.find("\"steps\"") != std::string::npos
@@ -168,9 +172,11 @@ TEST(SimScenario, TheDocumentedExamplesParseAndCoverEveryOperation) {
                              : "{\"config\": {\"fastLog\": true}, \"steps\": [" + body + "]}";
       std::string error = parseError(text);
       EXPECT_EQ(error, "") << body;
-      std::smatch op;
-      if (std::regex_search(body, op, std::regex("\"op\": \"(\\w+)\""))) {
-         documented.insert(op[1]);
+      const std::string opKey = "\"op\": \"";
+      std::size_t op = body.find(opKey);
+      if (op != std::string::npos) {
+         std::size_t nameBegin = op + opKey.size();
+         documented.insert(body.substr(nameBegin, body.find('"', nameBegin) - nameBegin));
       }
    }
    EXPECT_GT(blocks, 40u);
