@@ -10,7 +10,7 @@
 // Console reporter that also prints, after the run, each benchmark's time as a ratio to the floor
 // benchmark of the same run (named "BM_Floor..."), so figures from different machines compare.
 class FloorReporter : public benchmark::ConsoleReporter {
-public:
+ public:
    void ReportRuns(const std::vector<Run>& runs) override {
       ConsoleReporter::ReportRuns(runs);
       for (const auto& run : runs) {
@@ -40,7 +40,7 @@ public:
       }
    }
 
-private:
+ private:
    static double unitNanoseconds(benchmark::TimeUnit unit) {
       switch (unit) {
          case benchmark::kSecond:
@@ -56,11 +56,11 @@ private:
    std::map<std::string, double> times_;
 };
 
-#define MPLSFWD_BENCHMARK_MAIN()                            \
-   int main(int argc, char** argv) {                        \
-      benchmark::Initialize(&argc, argv);                   \
-      FloorReporter reporter;                               \
-      benchmark::RunSpecifiedBenchmarks(&reporter);         \
-      benchmark::Shutdown();                                \
-      return 0;                                             \
+#define MPLSFWD_BENCHMARK_MAIN()                    \
+   int main(int argc, char** argv) {                \
+      benchmark::Initialize(&argc, argv);           \
+      FloorReporter reporter;                       \
+      benchmark::RunSpecifiedBenchmarks(&reporter); \
+      benchmark::Shutdown();                        \
+      return 0;                                     \
    }

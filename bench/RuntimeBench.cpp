@@ -73,8 +73,8 @@ void BM_HashLookup(benchmark::State& state) {
    std::vector<Mpls::RouteKey> keys;
    keys.reserve(n);
    for (std::uint32_t i = 0; i < n; ++i) {
-      keys.emplace_back(Wire::MplsLabel(16 + static_cast<std::uint32_t>(
-                                                (std::uint64_t{i} * 2654435761u) % n)));
+      keys.emplace_back(
+          Wire::MplsLabel(16 + static_cast<std::uint32_t>((std::uint64_t{i} * 2654435761u) % n)));
    }
    std::size_t i = 0;
    std::uint64_t sum = 0;

@@ -55,7 +55,10 @@ void BM_Floor_TransitConvergeTiny(benchmark::State& state) {
       state.SetIterationTime(harness.run().convergeSeconds);
    }
 }
-BENCHMARK(BM_Floor_TransitConvergeTiny)->Iterations(3)->UseManualTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Floor_TransitConvergeTiny)
+    ->Iterations(3)
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond);
 
 }  // namespace
 

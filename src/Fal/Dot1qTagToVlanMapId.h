@@ -11,7 +11,7 @@ namespace Fal {
 
 // The id that a platform's dot1q-tag-to-VLAN mapping allocator hands out for one mapping.
 class Dot1qTagToVlanMapId {
-public:
+ public:
    static constexpr std::uint32_t invalid = 0xFFFFFFFFu;
 
    constexpr Dot1qTagToVlanMapId() = default;
@@ -29,7 +29,7 @@ public:
    // Throws Kor::ParseError for anything but a decimal 32-bit number.
    static Dot1qTagToVlanMapId parse(std::string_view text);
 
-private:
+ private:
    std::uint32_t value_ = invalid;
 };
 

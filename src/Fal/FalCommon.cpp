@@ -4,6 +4,8 @@
 
 namespace Fal {
 
-void FalBaseHelper::falAssert(const Kor::String& message) const { Log::falAssertFail(message); }
+void FalBaseHelper::falAssert(const Kor::String& message) const {
+   Log::falAssertFail(message);
+}
 
 }  // namespace Fal

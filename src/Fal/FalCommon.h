@@ -11,7 +11,7 @@ namespace Fal {
 // helper's name (a helper restored from a backup takes its name from there) and the helpers'
 // assertion: the message goes to standard error and the agent aborts.
 class FalBaseHelper : public Kor::Entity {
-public:
+ public:
    explicit FalBaseHelper(const Kor::Name& name) : Kor::Entity(name), helperName_(name) {}
 
    const Kor::Name& helperName() const { return helperName_; }
@@ -20,7 +20,7 @@ public:
    // Writes `message` and an end of line to standard error, then aborts. Never returns.
    [[noreturn]] void falAssert(const Kor::String& message) const;
 
-private:
+ private:
    Kor::Name helperName_;
 };
 

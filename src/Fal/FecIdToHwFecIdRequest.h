@@ -15,9 +15,9 @@ namespace Fal {
 // FECs that a state machine built and wants hardware FEC ids for, written by the library and
 // served by the platform: the FEC records themselves and one request per FEC id.
 class FecIdToHwFecIdRequest : public Kor::Entity {
-public:
+ public:
    class NotifieeConst : public Kor::Notifiee<FecIdToHwFecIdRequest> {
-   public:
+    public:
       using Kor::Notifiee<FecIdToHwFecIdRequest>::Notifiee;
       virtual void onFec(Memtab::Fib::FecId) {}
       virtual void onHwFecIdRequest(Memtab::Fib::FecId) {}
@@ -35,7 +35,9 @@ public:
    void fecDelAll();
    const FecMap& fecMap() const { return fec_; }
 
-   HwFecIdRequest hwFecIdRequest(Memtab::Fib::FecId id) const { return Kor::mapValueOr(request_, id); }
+   HwFecIdRequest hwFecIdRequest(Memtab::Fib::FecId id) const {
+      return Kor::mapValueOr(request_, id);
+   }
    void hwFecIdRequestIs(const HwFecIdRequest& r);
    void hwFecIdRequestDel(Memtab::Fib::FecId id);
    void hwFecIdRequestDelAll();
@@ -46,7 +48,7 @@ public:
    std::uint64_t corruptions() const { return corruptions_; }
    const std::string& lastCorruption() const { return lastCorruption_; }
 
-private:
+ private:
    FecMap fec_;
    RequestMap request_;
    mutable std::uint64_t corruptions_ = 0;
@@ -56,9 +58,9 @@ private:
 // The platform's answers: the hardware FEC id of each requested FEC, and the L2 interface that a
 // FEC egresses through where the platform reports one.
 class FecIdToHwFecIdResponse : public Kor::Entity {
-public:
+ public:
    class NotifieeConst : public Kor::Notifiee<FecIdToHwFecIdResponse> {
-   public:
+    public:
       using Kor::Notifiee<FecIdToHwFecIdResponse>::Notifiee;
       virtual void onHwFecId(Memtab::Fib::FecId) {}
       virtual void onL2IntfId(Memtab::Fib::FecId) {}
@@ -78,7 +80,7 @@ public:
    void l2IntfIdIs(Memtab::Fib::FecId id, Wire::IntfId intf);
    void l2IntfIdDel(Memtab::Fib::FecId id);
 
-private:
+ private:
    HwFecIdMap hwFecId_;
    L2IntfIdMap l2IntfId_;
 };

@@ -12,7 +12,7 @@ using HwFecId = std::uint64_t;
 
 // One request for a hardware FEC id, keyed by the FIB FEC id. A default request means "none".
 class HwFecIdRequest {
-public:
+ public:
    HwFecIdRequest() = default;
    explicit HwFecIdRequest(Memtab::Fib::FecId fecId) : fecId_(fecId) {}
 
@@ -20,14 +20,14 @@ public:
    Memtab::Fib::FecId fecId() const { return fecId_; }
    bool operator==(const HwFecIdRequest&) const = default;
 
-private:
+ private:
    Memtab::Fib::FecId fecId_;
 };
 
 // The platform's answer to a request: the hardware FEC id it assigned. A default answer means
 // "none".
 class FecToHwFecId {
-public:
+ public:
    FecToHwFecId() = default;
    FecToHwFecId(Memtab::Fib::FecId fecId, HwFecId hwFecId) : fecId_(fecId), hwFecId_(hwFecId) {}
 
@@ -36,7 +36,7 @@ public:
    HwFecId hwFecId() const { return hwFecId_; }
    bool operator==(const FecToHwFecId&) const = default;
 
-private:
+ private:
    Memtab::Fib::FecId fecId_;
    HwFecId hwFecId_ = 0;
 };

@@ -9,9 +9,9 @@ namespace Fal {
 
 // Root of what is to be programmed: one MplsHwVrfConfig per VRF, created on first use.
 class MplsHwConfig : public Kor::Entity {
-public:
+ public:
    class NotifieeConst : public Kor::Notifiee<MplsHwConfig> {
-   public:
+    public:
       using Kor::Notifiee<MplsHwConfig>::Notifiee;
       virtual void onVrfConfig(VrfId) {}
    };
@@ -20,7 +20,9 @@ public:
    explicit MplsHwConfig(Kor::Name name) : Kor::Entity(std::move(name)) {}
 
    // Null when absent.
-   Kor::Ptr<MplsHwVrfConfig> vrfConfig(VrfId vrfId) const { return Kor::mapValueOr(vrfConfig_, vrfId); }
+   Kor::Ptr<MplsHwVrfConfig> vrfConfig(VrfId vrfId) const {
+      return Kor::mapValueOr(vrfConfig_, vrfId);
+   }
    // Get or create; notifies only on creation.
    Kor::Ptr<MplsHwVrfConfig> vrfConfigIs(VrfId vrfId) {
       auto [it, inserted] = vrfConfig_.try_emplace(vrfId);
@@ -42,7 +44,7 @@ public:
    }
    const VrfConfigMap& vrfConfigMap() const { return vrfConfig_; }
 
-private:
+ private:
    VrfConfigMap vrfConfig_;
 };
 

@@ -27,6 +27,8 @@ MplsHwRoute MplsHwRoute::parse(std::string_view text) {
    return r;
 }
 
-std::ostream& operator<<(std::ostream& os, const MplsHwRoute& r) { return os << r.stringValue(); }
+std::ostream& operator<<(std::ostream& os, const MplsHwRoute& r) {
+   return os << r.stringValue();
+}
 
 }  // namespace Fal

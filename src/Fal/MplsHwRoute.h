@@ -16,7 +16,7 @@ namespace Fal {
 // identity: the same key and version through another (even equal) adjacency object is a change
 // the platform must see.
 class MplsHwRoute {
-public:
+ public:
    MplsHwRoute() = default;
    MplsHwRoute(const Mpls::RouteKey& routeKey, Kor::Ptr<Mpls::Hardware::L2Adjacency> l2Adjacency,
                std::uint64_t version)
@@ -40,7 +40,7 @@ public:
    // so only the null reference parses; anything else throws Kor::ParseError.
    static MplsHwRoute parse(std::string_view text);
 
-private:
+ private:
    Mpls::RouteKey routeKey_;
    Kor::Ptr<Mpls::Hardware::L2Adjacency> l2Adjacency_;
    std::uint64_t version_ = 0;

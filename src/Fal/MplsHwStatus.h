@@ -12,9 +12,9 @@ namespace Fal {
 // Root of what the platform reports: one MplsHwVrfStatus per VRF it serves, and two capabilities
 // published for other agents.
 class MplsHwStatus : public Kor::Entity {
-public:
+ public:
    class NotifieeConst : public Kor::Notifiee<MplsHwStatus> {
-   public:
+    public:
       using Kor::Notifiee<MplsHwStatus>::Notifiee;
       virtual void onVrfStatus(VrfId) {}
       virtual void onMaxEcmpSize() {}
@@ -24,7 +24,9 @@ public:
 
    explicit MplsHwStatus(Kor::Name name) : Kor::Entity(std::move(name)) {}
 
-   Kor::Ptr<MplsHwVrfStatus> vrfStatus(VrfId vrfId) const { return Kor::mapValueOr(vrfStatus_, vrfId); }
+   Kor::Ptr<MplsHwVrfStatus> vrfStatus(VrfId vrfId) const {
+      return Kor::mapValueOr(vrfStatus_, vrfId);
+   }
    Kor::Ptr<MplsHwVrfStatus> vrfStatusIs(VrfId vrfId) {
       auto [it, inserted] = vrfStatus_.try_emplace(vrfId);
       if (inserted) {
@@ -58,7 +60,7 @@ public:
       }
    }
 
-private:
+ private:
    VrfStatusMap vrfStatus_;
    std::uint32_t maxEcmpSize_ = 0;
    bool lfibCountersSupported_ = false;

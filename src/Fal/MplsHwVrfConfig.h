@@ -8,9 +8,9 @@ namespace Fal {
 // with a programming count that rises at every (re)programming so a retry reaches the platform as
 // a change, and the routes. Written by the library, watched by the platform.
 class MplsHwVrfConfig : public MplsHwVrfTables<MplsHwVrfConfig> {
-public:
+ public:
    class NotifieeConst : public TablesNotifiee {
-   public:
+    public:
       using TablesNotifiee::TablesNotifiee;
    };
    using MplsHwVrfTables::MplsHwVrfTables;

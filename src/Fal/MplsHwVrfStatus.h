@@ -12,9 +12,9 @@ namespace Fal {
 // could not program with the reason of the most recent failure. Written by the platform; the
 // library writes only the failure book-keeping of routes it programs through a helper.
 class MplsHwVrfStatus : public MplsHwVrfTables<MplsHwVrfStatus> {
-public:
+ public:
    class NotifieeConst : public TablesNotifiee {
-   public:
+    public:
       using TablesNotifiee::TablesNotifiee;
       virtual void onUnprogrammedReason() {}
       virtual void onUnprogrammedRoute(const Mpls::RouteKey&) {}
@@ -83,7 +83,7 @@ public:
       return unprogrammedAdjacency_;
    }
 
-private:
+ private:
    UnprogrammedReason unprogrammedReason_ = UnprogrammedReason::Success;
    UnprogrammedRouteMap unprogrammedRoute_;
    UnprogrammedAdjacencyMap unprogrammedAdjacency_;

@@ -21,12 +21,12 @@ using L2AdjacencyPtr = Kor::Ptr<Mpls::Hardware::L2Adjacency>;
 // change. Self is the concrete entity, whose NotifieeConst derives from TablesNotifiee.
 template <class Self>
 class MplsHwVrfTables : public Kor::Entity {
-public:
+ public:
    using RouteMap = Kor::FlatHashMap<Mpls::RouteKey, MplsHwRoute>;
    using L2AdjacencyMap = Kor::HashMap<L2AdjacencyPtr, std::uint32_t>;
 
    class TablesNotifiee : public Kor::Notifiee<Self> {
-   public:
+    public:
       using Kor::Notifiee<Self>::Notifiee;
       virtual void onMplsRouting() {}
       virtual void onL2Adjacency(const L2AdjacencyPtr&) {}
@@ -105,7 +105,7 @@ public:
    // later insertion.
    void routeReserve(std::size_t n) { route_.reserve(n); }
 
-private:
+ private:
    VrfId vrfId_;
    bool mplsRouting_ = false;
    L2AdjacencyMap l2Adjacency_;

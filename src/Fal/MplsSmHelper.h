@@ -14,7 +14,7 @@ namespace FalHelper {
 // program or remove one route. A platform derives from it and overrides both; the default bodies
 // say so and abort, unless FAL_NOOP_AGENT is set, where updateRoute quietly answers success (0).
 class MplsSmHelper : public Fal::FalBaseHelper {
-public:
+ public:
    explicit MplsSmHelper(const Kor::Name& name) : Fal::FalBaseHelper(name) {}
 
    virtual Mpls::LfibHwProgrammingReturnCode updateRoute(const Mpls::RouteKey& routeKey,

@@ -34,7 +34,7 @@ using L3AdjacencySet = Kor::HashSet<L3AdjacencyPtr>;
 
 // One per LFIB via set in use in a VRF; its index is also the index of the hardware L3 adjacency.
 class L3Adjacency : public Kor::PtrInterface {
-public:
+ public:
    explicit L3Adjacency(std::uint64_t index) : index_(index) {}
 
    std::uint64_t index() const { return index_; }
@@ -76,7 +76,7 @@ public:
    const L3AdjacencyPtr& backupAdj() const { return backupAdj_; }
    void backupAdjIs(L3AdjacencyPtr v) { backupAdj_ = std::move(v); }
 
-private:
+ private:
    std::uint64_t index_;
    Mpls::LfibViaSetKey lFibViaSetKey_;
    ExternalFecInfoPtr extFecInfo_;
@@ -94,7 +94,7 @@ private:
 // One per distinct resolved layer-2 via set in a VRF: the unit programmed to hardware. L3
 // adjacencies whose next hops resolve to the same L2 via set share it.
 class MplsL2Adjacency : public Kor::PtrInterface {
-public:
+ public:
    explicit MplsL2Adjacency(std::uint64_t index) : index_(index) {}
 
    std::uint64_t index() const { return index_; }
@@ -113,7 +113,7 @@ public:
    std::size_t routeKeys() const { return routeKey_.size(); }
    const RouteKeySet& routeKeySet() const { return routeKey_; }
 
-private:
+ private:
    std::uint64_t index_;
    Mpls::Hardware::L2ViaSet l2ViaSet_;
    L3AdjacencySet l3Adjacency_;
@@ -123,7 +123,7 @@ private:
 // One per next hop in use in a VRF, with the L3 adjacencies that resolve through it in each of
 // the two resolution modes.
 class MplsNextHop : public Kor::PtrInterface {
-public:
+ public:
    explicit MplsNextHop(const IpAddrIntfId& nextHopInfo) : nextHopInfo_(nextHopInfo) {}
 
    const IpAddrIntfId& nextHopInfo() const { return nextHopInfo_; }
@@ -142,7 +142,7 @@ public:
 
    bool unused() const { return resolvedByRR_.empty() && resolvedByMNH_.empty(); }
 
-private:
+ private:
    IpAddrIntfId nextHopInfo_;
    L3AdjacencySet resolvedByRR_;
    L3AdjacencySet resolvedByMNH_;
@@ -151,7 +151,7 @@ private:
 // One per FIB FEC that L3 adjacencies forward into, with the hardware FEC id once the platform
 // gave one.
 class ExternalFecInfo : public Kor::PtrInterface {
-public:
+ public:
    explicit ExternalFecInfo(Memtab::Fib::FecId fecId) : fecId_(fecId) {}
 
    Memtab::Fib::FecId fecId() const { return fecId_; }
@@ -174,7 +174,7 @@ public:
    bool dependentRouteKeyDel(const Mpls::RouteKey& k) { return dependentRouteKey_.erase(k) != 0; }
    const RouteKeySet& dependentRouteKeySet() const { return dependentRouteKey_; }
 
-private:
+ private:
    Memtab::Fib::FecId fecId_;
    HwFecId hwId_ = 0;
    L3AdjacencySet dependentL3Adjacency_;

@@ -12,7 +12,7 @@ namespace Fal {
 // A snapshot of the MPLS vias of one via set, taken when the set passes validation and only read
 // afterwards. When the primary vias must not be used, drop vias stand in for them.
 class CachedLFibMplsViaColl : public Kor::PtrInterface {
-public:
+ public:
    using ViaMap = Kor::OrderedMap<Mpls::LfibViaIndexRange, Mpls::LfibMplsVia>;
 
    bool usableAsPrimaryVias() const { return usableAsPrimaryVias_; }
@@ -30,7 +30,7 @@ public:
    std::size_t vias() const { return via_.size(); }
    const ViaMap& viaMap() const { return via_; }
 
-private:
+ private:
    bool usableAsPrimaryVias_ = true;
    ViaMap via_;
 };

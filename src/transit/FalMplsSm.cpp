@@ -23,17 +23,17 @@ const L3::VrfName& defaultVrf() {
 namespace {
 template <class Notifiee>
 class SmReactor : public Notifiee {
-public:
+ public:
    SmReactor(Kor::Ptr<const typename Notifiee::NotifierType> notifier, MplsSm& sm)
        : Notifiee(std::move(notifier)), sm_(sm) {}
 
-protected:
+ protected:
    MplsSm& sm_;
 };
 }  // namespace
 
 class MplsSm::MplsStatusReactor : public SmReactor<Mpls::Status::NotifieeConst> {
-public:
+ public:
    using SmReactor::SmReactor;
    void onNexthopResolutionAllowDefaultRoute() override {
       sm_.handleNexthopResolutionAllowDefaultRoute();
@@ -41,25 +41,25 @@ public:
 };
 
 class MplsSm::RoutingInfoReactor : public SmReactor<Mpls::RoutingInfo::NotifieeConst> {
-public:
+ public:
    using SmReactor::SmReactor;
    void onMplsRouting() override { sm_.handleMplsRouting(notifier()->mplsRouting()); }
 };
 
 class MplsSm::LfibReactor : public SmReactor<Mpls::LfibStatus::NotifieeConst> {
-public:
+ public:
    using SmReactor::SmReactor;
    void onLfibRoute(const Mpls::RouteKey& k) override { sm_.handleLFibRoute(k); }
 };
 
 class MplsSm::TrackingStatusReactor : public SmReactor<Mpls::LfibTrackingStatus::NotifieeConst> {
-public:
+ public:
    using SmReactor::SmReactor;
    void onViaSetKeyBacklog(const Mpls::LfibViaSetKey& k) override { sm_.handleLFibViaSet(k); }
 };
 
 class MplsSm::HwStatusReactor : public SmReactor<MplsHwStatus::NotifieeConst> {
-public:
+ public:
    using SmReactor::SmReactor;
    void onVrfStatus(VrfId vrfId) override {
       auto status = sm_.mplsHwStatus()->vrfStatus(vrfId);
@@ -72,7 +72,7 @@ public:
 };
 
 class MplsSm::HwVrfStatusReactor : public SmReactor<MplsHwVrfStatus::NotifieeConst> {
-public:
+ public:
    using SmReactor::SmReactor;
    void onMplsRouting() override {
       sm_.handleHwRoutingEnabled(notifier()->vrfId(), notifier()->mplsRouting());
@@ -89,7 +89,7 @@ public:
 };
 
 class MplsSm::L3StatusReactor : public SmReactor<L3Status::NotifieeConst> {
-public:
+ public:
    using SmReactor::SmReactor;
    void onNextHopInfo(const NextHopKey& k) override { sm_.handleNextHop(k); }
    void onResolvedV4(const VrfAndIpAddr& k) override { sm_.handleResolvedV4Nexthop(k); }
@@ -98,13 +98,13 @@ public:
 };
 
 class MplsSm::HwFecIdResponseReactor : public SmReactor<FecIdToHwFecIdResponse::NotifieeConst> {
-public:
+ public:
    using SmReactor::SmReactor;
    void onHwFecId(Memtab::Fib::FecId fecId) override { sm_.handleHwFecIdResponse(fecId); }
 };
 
 class MplsSm::ClockReactor : public SmReactor<Kor::Clock::NotifieeConst> {
-public:
+ public:
    using SmReactor::SmReactor;
    void onTimeMin() override { sm_.doReviewVrfs(); }
 };
@@ -182,11 +182,10 @@ MplsSm::MplsSm(Kor::Ptr<const Mpls::Status> mplsStatus,
 
 MplsSm::~MplsSm() {
    // Nothing may reach a half-destroyed machine: every reactor goes dead first.
-   for (Kor::NotifieeBase* r :
-        std::initializer_list<Kor::NotifieeBase*>{mplsStatusReactor_.get(), routingInfoReactor_.get(),
-                                                   lfibReactor_.get(), trackingStatusReactor_.get(),
-                                                   hwStatusReactor_.get(), l3StatusReactor_.get(),
-                                                   hwFecIdResponseReactor_.get(), clockReactor_.get()}) {
+   for (Kor::NotifieeBase* r : std::initializer_list<Kor::NotifieeBase*>{
+            mplsStatusReactor_.get(), routingInfoReactor_.get(), lfibReactor_.get(),
+            trackingStatusReactor_.get(), hwStatusReactor_.get(), l3StatusReactor_.get(),
+            hwFecIdResponseReactor_.get(), clockReactor_.get()}) {
       if (r) {
          r->deadIs(true);
       }
@@ -263,9 +262,8 @@ void MplsSm::handleInitialized() {
    numAllocatorStatus_ = Kor::make<Loom::NumAllocatorStatus>();
    numAllocator_ = Kor::make<Loom::NumAllocator>(numAllocatorConfig_, numAllocatorStatus_, clock_);
 
-   lfibTrackingSm_ = Kor::make<Mpls::LfibTrackingSm>(transitLfib_, lfibTrackingStatus_,
-                                                     Mpls::lfibTrackingViaSets_,
-                                                     "MplsSm-TrackingSm");
+   lfibTrackingSm_ = Kor::make<Mpls::LfibTrackingSm>(
+       transitLfib_, lfibTrackingStatus_, Mpls::lfibTrackingViaSets_, "MplsSm-TrackingSm");
    initialized_ = true;
    handleLFibViaSet();
 }
@@ -305,12 +303,11 @@ void MplsSm::mplsStateDel(const L3::VrfName& name) {
    auto nextHops = state->mplsNextHopMap();
    for (const auto& [nh, mplsNextHop] : nextHops) {
       for (const auto& l3Adj : std::vector<L3AdjacencyPtr>(mplsNextHop->resolvedByRRSet().begin(),
-                                                            mplsNextHop->resolvedByRRSet().end())) {
+                                                           mplsNextHop->resolvedByRRSet().end())) {
          mplsNextHop->resolvedByRRDel(l3Adj);
       }
-      for (const auto& l3Adj :
-           std::vector<L3AdjacencyPtr>(mplsNextHop->resolvedByMNHSet().begin(),
-                                       mplsNextHop->resolvedByMNHSet().end())) {
+      for (const auto& l3Adj : std::vector<L3AdjacencyPtr>(mplsNextHop->resolvedByMNHSet().begin(),
+                                                           mplsNextHop->resolvedByMNHSet().end())) {
          mplsNextHop->resolvedByMNHDel(l3Adj);
       }
       unwatchNextHopIfUnused(*state, nh);
@@ -465,8 +462,12 @@ void MplsSm::mplsHwVrfStatusIs(const Kor::Ptr<MplsHwVrfStatus>& status) {
    handleHwRoutingEnabled(status->vrfId(), status->mplsRouting());
 }
 
-void MplsSm::mplsHwVrfStatusDel(VrfId vrfId) { mplsHwVrfStatus_.erase(vrfId); }
+void MplsSm::mplsHwVrfStatusDel(VrfId vrfId) {
+   mplsHwVrfStatus_.erase(vrfId);
+}
 
-void MplsSm::mplsHwVrfStatusDelAll() { mplsHwVrfStatus_.clear(); }
+void MplsSm::mplsHwVrfStatusDelAll() {
+   mplsHwVrfStatus_.clear();
+}
 
 }  // namespace Fal

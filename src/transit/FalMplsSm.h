@@ -51,8 +51,9 @@ namespace Fal {
 // that have an L3 adjacency; adjacency indices only grow; an unused L2 adjacency is either deleted
 // or on the pending-delete list.
 class MplsSm : public Kor::Entity {
-public:
-   MplsSm(Kor::Ptr<const Mpls::Status> mplsStatus, Kor::Ptr<const Mpls::RoutingInfo> mplsRoutingInfo,
+ public:
+   MplsSm(Kor::Ptr<const Mpls::Status> mplsStatus,
+          Kor::Ptr<const Mpls::RoutingInfo> mplsRoutingInfo,
           Kor::Ptr<const Mpls::LfibStatus> transitLfib,
           Kor::Ptr<const Routing::Hardware::RouteStatus> routingHwRouteStatus,
           Kor::Ptr<Mpls::Hardware::Status> routingHwMplsStatus,
@@ -175,8 +176,8 @@ public:
    Mpls::LfibExtFecVia getAndValidateExtFecVia(VrfMplsState& vrf,
                                                const Mpls::LfibViaSetKey& key) const;
    MplsL2AdjacencyPtr processMplsIpL3Adj(VrfMplsState& vrf, const L3AdjacencyPtr& l3Adj,
-                                          const Mpls::LfibViaSet& lFibViaSet,
-                                          const CachedLFibMplsViaColl& lFibVias);
+                                         const Mpls::LfibViaSet& lFibViaSet,
+                                         const CachedLFibMplsViaColl& lFibVias);
    bool processMplsIpL3AdjAsExtFec(VrfMplsState& vrf, const L3AdjacencyPtr& l3Adj,
                                    const Mpls::LfibViaSet& lFibViaSet,
                                    const Kor::Ptr<const CachedLFibMplsViaColl>& lFibVias);
@@ -193,8 +194,7 @@ public:
                                            const Mpls::LfibMplsVia& via, std::size_t nVias,
                                            Mpls::Hardware::Adjacency& hwAdj);
    Mpls::Hardware::L2ViaSet resolveNextHopWithMNHSM(VrfMplsState& vrf, const L3AdjacencyPtr& l3Adj,
-                                                    const Mpls::LfibMplsVia& via,
-                                                    std::size_t nVias,
+                                                    const Mpls::LfibMplsVia& via, std::size_t nVias,
                                                     Mpls::Hardware::Adjacency& hwAdj);
    Mpls::Hardware::L2ViaSet resolveNextHopWithRR(VrfMplsState& vrf, const L3AdjacencyPtr& l3Adj,
                                                  const Mpls::LfibMplsVia& via, std::size_t nVias,
@@ -211,15 +211,12 @@ public:
    void handleNexthopResolutionAllowDefaultRoute();
 
    // FECs.
-   bool forwardingIntoExternalFecsSupported() const {
-      return hwFecIdRequest_ && hwFecIdResponse_;
-   }
+   bool forwardingIntoExternalFecsSupported() const { return hwFecIdRequest_ && hwFecIdResponse_; }
    Memtab::Fib::FecId getOrAllocateMplsV4FecId(const Mpls::LfibViaSetKey& key, VrfMplsState& vrf);
    Memtab::Fib::Fec createMplsV4Fec(Memtab::Fib::FecId fecId, const CachedLFibMplsViaColl& lFibVias,
                                     Memtab::Fib::FecId backupFecId) const;
-   void requestHwFecIdAndUpdateDependencyMaps(Memtab::Fib::FecId fecId,
-                                              const Memtab::Fib::Fec& fec, VrfMplsState& vrf,
-                                              const L3AdjacencyPtr& l3Adj,
+   void requestHwFecIdAndUpdateDependencyMaps(Memtab::Fib::FecId fecId, const Memtab::Fib::Fec& fec,
+                                              VrfMplsState& vrf, const L3AdjacencyPtr& l3Adj,
                                               const Mpls::LfibViaSetKey& key);
    void freeMplsV4FecId(Memtab::Fib::FecId fecId, VrfMplsState& vrf);
    void handleHwFecIdResponse(Memtab::Fib::FecId fecId);
@@ -233,14 +230,14 @@ public:
                                      const ExternalFecInfoPtr& extFecInfo);
    void maybeDeleteExtFecInfo(VrfMplsState& vrf, Memtab::Fib::FecId fecId);
    void deleteL3AdjRefs(VrfMplsState& vrf, const L3AdjacencyPtr& l3Adj);
-   void cleanupL3AdjInfo(VrfMplsState& vrf, const L3AdjacencyPtr& l3Adj,
-                         bool cleanupNormalAdjInfo, bool cleanupExtFecAdjInfo);
+   void cleanupL3AdjInfo(VrfMplsState& vrf, const L3AdjacencyPtr& l3Adj, bool cleanupNormalAdjInfo,
+                         bool cleanupExtFecAdjInfo);
    void deleteL3Adj(VrfMplsState& vrf, std::uint64_t index);
    void maybeDeleteL2Adj(VrfMplsState& vrf, std::uint64_t index);
    void processL2AdjPendingDelete(VrfMplsState& vrf, std::uint64_t index);
    void doDeleteL2Adj(VrfMplsState& vrf, std::uint64_t index);
 
-private:
+ private:
    class MplsStatusReactor;
    class RoutingInfoReactor;
    class LfibReactor;

@@ -51,8 +51,9 @@ Memtab::Fib::FecId MplsSm::getOrAllocateMplsV4FecId(const Mpls::LfibViaSetKey& k
       return cached;
    }
    std::uint64_t index = numAllocator_->getNumber();
-   FAL_ASSERT(index != numAllocator_->invalidNumber() && "FecId range exhausted, Not possible",
-              "index != numAllocator()->invalidNumber() && \"FecId range exhausted, Not possible\"");
+   FAL_ASSERT(
+       index != numAllocator_->invalidNumber() && "FecId range exhausted, Not possible",
+       "index != numAllocator()->invalidNumber() && \"FecId range exhausted, Not possible\"");
    Memtab::Fib::FecId fecId = Memtab::Fib::FecId::fecIdForAdjType(kMplsNexthopAdj, index);
    vrf.lFibViaSetToFecIdIs(key, fecId);
    SM_TRACE(8, ": index: " << index << ", fecId: " << fecId);

@@ -48,8 +48,8 @@ void MplsSm::watchNextHop(VrfMplsState& vrf, const IpAddrIntfId& nh, const L3Adj
    }
    NextHopKey key(addr, nh.l3Intf());
    NextHopInfo info = falL3Status_->nextHopInfo(key);
-   VrfId arpVrf = info.vrfId() == invalidVrfId() ? falL3Status_->l3IntfArpVrfId(nh.l3Intf())
-                                                 : info.vrfId();
+   VrfId arpVrf =
+       info.vrfId() == invalidVrfId() ? falL3Status_->l3IntfArpVrfId(nh.l3Intf()) : info.vrfId();
    SM_TRACE(5, "add entry (" << arpVrf << ", " << addr << ", " << nh.l3Intf() << ")");
    monitoredNhSm_->addEntry(arpVrf, addr, nh.l3Intf());
    currArpVrfId_[key] = arpVrf;
@@ -77,8 +77,8 @@ void MplsSm::unwatchNextHopIfUnused(VrfMplsState& vrf, const IpAddrIntfId& nh) {
    } else {
       NextHopKey key(addr, nh.l3Intf());
       VrfId arpVrf = Kor::mapValueOr(currArpVrfId_, key, vrfId);
-      SM_TRACE(5, "remove entry (vrf=" << arpVrf << " nexthop=" << addr << " l3Intf="
-                                       << nh.l3Intf() << ") from monitoredNhSm");
+      SM_TRACE(5, "remove entry (vrf=" << arpVrf << " nexthop=" << addr << " l3Intf=" << nh.l3Intf()
+                                       << ") from monitoredNhSm");
       monitoredNhSm_->removeEntry(arpVrf, addr, nh.l3Intf());
       currArpVrfId_.erase(key);
    }
@@ -124,8 +124,8 @@ Mpls::Hardware::L2ViaSet MplsSm::resolveNextHopWithMNHSM(VrfMplsState& vrf,
    const Wire::IpGenAddr& nextHop = via.nextHop();
    NextHopKey key(nextHop, via.intf());
    NextHopInfo info = falL3Status_->nextHopInfo(key);
-   VrfId vrfId = info.vrfId() == invalidVrfId() ? falL3Status_->l3IntfArpVrfId(via.intf())
-                                                : info.vrfId();
+   VrfId vrfId =
+       info.vrfId() == invalidVrfId() ? falL3Status_->l3IntfArpVrfId(via.intf()) : info.vrfId();
    SM_TRACE(8, "resolve nexthop with monitoredNhSm vrf " << vrfId << " nextHop " << nextHop
                                                          << " l3Intf " << via.intf() << " nVias "
                                                          << nVias << " l3 adj " << l3Adj->index());
@@ -136,9 +136,8 @@ Mpls::Hardware::L2ViaSet MplsSm::resolveNextHopWithMNHSM(VrfMplsState& vrf,
    if (!info.resolved()) {
       return l2ViaSet;
    }
-   SM_TRACE(8, "nexthop resolved: nexthop " << nextHop << " vlanId " << info.vlanId()
-                                            << " l2Intf " << info.l2Intf() << " macAddr "
-                                            << info.macAddr());
+   SM_TRACE(8, "nexthop resolved: nexthop " << nextHop << " vlanId " << info.vlanId() << " l2Intf "
+                                            << info.l2Intf() << " macAddr " << info.macAddr());
    Mpls::Hardware::Via hwVia = resolvedVia(via, info, l2ViaSet);
    hwVia.l3IntfIs(via.intf());
    hwVia.flagsIs(falL3Status_->intfIdToL3Id(via.intf()));
@@ -160,10 +159,9 @@ Mpls::Hardware::L2ViaSet MplsSm::resolveNextHopWithRR(VrfMplsState& vrf,
               "nextHop.af() == Wire::ipv4() || nextHop.af() == Wire::ipv6()");
    IpAddrIntfId nh(nextHop, Wire::IntfId());
    watchNextHop(vrf, nh, l3Adj, true);
-   ResolvedNexthop resolved =
-       nextHop.af() == Wire::ipv4()
-           ? falL3Status_->resolvedV4(VrfAndIpAddr(vrfId, nextHop.v4Addr()))
-           : falL3Status_->resolvedV6(VrfAndIpGenAddr(vrfId, nextHop));
+   ResolvedNexthop resolved = nextHop.af() == Wire::ipv4()
+                                  ? falL3Status_->resolvedV4(VrfAndIpAddr(vrfId, nextHop.v4Addr()))
+                                  : falL3Status_->resolvedV6(VrfAndIpGenAddr(vrfId, nextHop));
    Mpls::Hardware::L2ViaSet l2ViaSet;
    bool allowDefault = mplsStatus_ && mplsStatus_->nexthopResolutionAllowDefaultRoute();
    if (!resolved.resolved() || !resolved.hasNexthop() ||
@@ -416,7 +414,8 @@ void MplsSm::handleResolvedNexthop(const VrfAndIpGenAddr& vrfAddr) {
       SM_TRACE(5, "no state for vrf");
       return;
    }
-   Kor::Ptr<MplsNextHop> nextHop = vrf->mplsNextHop(IpAddrIntfId(vrfAddr.ipGenAddr(), Wire::IntfId()));
+   Kor::Ptr<MplsNextHop> nextHop =
+       vrf->mplsNextHop(IpAddrIntfId(vrfAddr.ipGenAddr(), Wire::IntfId()));
    if (!nextHop) {
       return;
    }

@@ -173,12 +173,13 @@ void MplsSm::processRouteKey(VrfMplsState& vrf, const Mpls::RouteKey& routeKey) 
    const MplsL2AdjacencyPtr& l2Adj = l3Adj->l2Adjacency();
    const ExternalFecInfoPtr& extFec = l3Adj->extFecInfo();
    if (l2Adj && l3Adj->lFibViaSetKey().viaType() == Mpls::viaTypeMplsIp_ && !extFec) {
-      Kor::Ptr<Mpls::Hardware::L2Adjacency> hwL2 = routingHwMplsStatus_->l2Adjacency(l2Adj->index());
+      Kor::Ptr<Mpls::Hardware::L2Adjacency> hwL2 =
+          routingHwMplsStatus_->l2Adjacency(l2Adj->index());
       route->versionInc(1);
       falMplsHwVrfConfig(vrf.vrfName())->routeIs(MplsHwRoute(routeKey, hwL2, route->version()));
       auto status = falMplsHwVrfStatus(vrf.vrfName());
-      bool unprogrammed = (hwL2 && hwL2->unprogrammed()) ||
-                          (status && status->unprogrammedRouteHas(routeKey));
+      bool unprogrammed =
+          (hwL2 && hwL2->unprogrammed()) || (status && status->unprogrammedRouteHas(routeKey));
       route->unprogrammedIs(unprogrammed);
       SM_TRACE(5, "prog routeKey " << routeKey << " l2 adj " << l2Adj->index() << " unprogrammed "
                                    << unprogrammed);
@@ -235,7 +236,8 @@ void MplsSm::processRouteKey(VrfMplsState& vrf, const Mpls::RouteKey& routeKey) 
       // programmed through changes, and after a review that could not program it; queueing the
       // route here too would only process it once more for nothing.
       SM_TRACE(5, "not removing routeKey "
-                      << routeKey << " because adj review is pending. Add routeKey for review again");
+                      << routeKey
+                      << " because adj review is pending. Add routeKey for review again");
    } else {
       SM_TRACE(5, "unprog routeKey " << routeKey);
       unprogramRouteKey(vrf, routeKey);

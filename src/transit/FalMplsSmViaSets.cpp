@@ -162,7 +162,8 @@ void MplsSm::processL3Adj(VrfMplsState& vrf, std::uint64_t index) {
          old->primaryAdjDel(index);
          vrf.l3AdjForReviewIs(old->index(), true);
       }
-      if (valid && viaSet->hasBackup() && !validateAndMaybeUpdateBackupAdjInfo(vrf, l3Adj, *viaSet)) {
+      if (valid && viaSet->hasBackup() &&
+          !validateAndMaybeUpdateBackupAdjInfo(vrf, l3Adj, *viaSet)) {
          valid = false;
       }
       // A backup relation exists only between FECs (a FEC names its backup FEC), so both sides
@@ -251,8 +252,8 @@ bool MplsSm::checkMplsIpLFibVias(const Mpls::LfibViaSet& viaSet,
       }
       Mpls::LfibMplsVia via = transitLfib_->mplsVia(viaKey);
       if (via == Mpls::LfibMplsVia()) {
-         SM_DECISION(1, "LfibMplsVia index " << position << ", source " << viaKey
-                                             << " was not found");
+         SM_DECISION(1,
+                     "LfibMplsVia index " << position << ", source " << viaKey << " was not found");
          return reject(via);
       }
       if (via.labelStack().stackSize() > 1) {
@@ -279,14 +280,16 @@ bool MplsSm::checkMplsIpLFibVias(const Mpls::LfibViaSet& viaSet,
             firstTunnel = via;
             firstTunnelVia = &firstTunnel;
          } else if (via.labelAction() != firstTunnel.labelAction()) {
-            SM_DECISION(1, "Adjacencies of dynamic tunnel should have the samelabel action. The "
-                           "conflicting labelActions are: "
-                               << firstTunnel.labelAction() << " and " << via.labelAction());
+            SM_DECISION(1,
+                        "Adjacencies of dynamic tunnel should have the samelabel action. The "
+                        "conflicting labelActions are: "
+                            << firstTunnel.labelAction() << " and " << via.labelAction());
             return reject(via);
          } else if (via.payloadType() != firstTunnel.payloadType()) {
-            SM_DECISION(1, "Adjacencies of dynamic tunnel should have the samepayloadTypes. The "
-                           "conflicting payloadTypes are: "
-                               << firstTunnel.payloadType() << " and " << via.payloadType());
+            SM_DECISION(1,
+                        "Adjacencies of dynamic tunnel should have the samepayloadTypes. The "
+                        "conflicting payloadTypes are: "
+                            << firstTunnel.payloadType() << " and " << via.payloadType());
             return reject(via);
          }
       }
@@ -311,10 +314,11 @@ bool MplsSm::isLFibViaSetSane(const Mpls::LfibViaSet& viaSet) const {
 bool MplsSm::validateMplsIpL3Adj(VrfMplsState&, const Mpls::LfibViaSet* viaSet,
                                  const Mpls::LfibViaSetKey& key,
                                  const Kor::Ptr<const CachedLFibMplsViaColl>& vias) {
-   FAL_ASSERT(key.viaType() == Mpls::viaTypeMplsIp_, "lFibViaSetKey.viaType() == Mpls::viaTypeMplsIp_");
+   FAL_ASSERT(key.viaType() == Mpls::viaTypeMplsIp_,
+              "lFibViaSetKey.viaType() == Mpls::viaTypeMplsIp_");
    if (!viaSet) {
-      SM_DECISION(1, "lFib viaSet idx " << key.index() << " viaType " << key.viaType()
-                                        << " deleted");
+      SM_DECISION(1,
+                  "lFib viaSet idx " << key.index() << " viaType " << key.viaType() << " deleted");
       return false;
    }
    if (!vias) {
@@ -362,7 +366,8 @@ bool MplsSm::hasDynamicTunnelAdj(const CachedLFibMplsViaColl& vias) {
 
 bool MplsSm::shouldProcessAdjAsExtFec(const Mpls::LfibViaSetKey& key,
                                       const CachedLFibMplsViaColl& vias) const {
-   FAL_ASSERT(key.viaType() == Mpls::viaTypeMplsIp_, "lFibViaSetKey.viaType() == Mpls::viaTypeMplsIp_");
+   FAL_ASSERT(key.viaType() == Mpls::viaTypeMplsIp_,
+              "lFibViaSetKey.viaType() == Mpls::viaTypeMplsIp_");
    if (!forwardingIntoExternalFecsSupported()) {
       SM_TRACE(1, "Fwd into external fecs is not supported, process with MplsHwConfig");
       return false;
@@ -383,8 +388,8 @@ Mpls::LfibExtFecVia MplsSm::getAndValidateExtFecVia(VrfMplsState&,
               "lFibViaSetKey.viaType() == Mpls::viaTypeExternalFec_");
    const Mpls::LfibViaSet* viaSet = transitLfib_->viaSetPtr(key);
    if (!viaSet) {
-      SM_DECISION(1, "lFib viaSet idx " << key.index() << " viaType " << key.viaType()
-                                        << " deleted");
+      SM_DECISION(1,
+                  "lFib viaSet idx " << key.index() << " viaType " << key.viaType() << " deleted");
       return {};
    }
    if (!forwardingIntoExternalFecsSupported()) {
@@ -408,8 +413,8 @@ Mpls::LfibExtFecVia MplsSm::getAndValidateExtFecVia(VrfMplsState&,
       return {};
    }
    if (!via.fecId().isValid()) {
-      SM_DECISION(1, "lFib via idx " << viaKey.index()
-                                     << " has invalid external FecId; skipping l3 adj");
+      SM_DECISION(
+          1, "lFib via idx " << viaKey.index() << " has invalid external FecId; skipping l3 adj");
       return {};
    }
    return via;
@@ -460,8 +465,8 @@ bool MplsSm::validateAndMaybeUpdateBackupAdjInfo(VrfMplsState& vrf, const L3Adja
    const Mpls::LfibViaSetKey& key = viaSet.key();
    const Mpls::LfibViaSetKey& backupKey = viaSet.backupViaSetKey();
    if (!transitLfib_->viaSetHas(key)) {
-      SM_DECISION(1, "lFib viaSet idx " << key.index() << " viaType " << key.viaType()
-                                        << " deleted");
+      SM_DECISION(1,
+                  "lFib viaSet idx " << key.index() << " viaType " << key.viaType() << " deleted");
       return false;
    }
    const Mpls::LfibViaSet* backupSet = transitLfib_->viaSetPtr(backupKey);
@@ -472,8 +477,8 @@ bool MplsSm::validateAndMaybeUpdateBackupAdjInfo(VrfMplsState& vrf, const L3Adja
    }
    if (backupSet->hasBackup()) {
       // A backup of a backup is not something the hardware can express; skip the set.
-      SM_DECISION(1, "backup viaSet idx " << backupKey.index() << " viaType "
-                                          << backupKey.viaType() << " has a backup of its own");
+      SM_DECISION(1, "backup viaSet idx " << backupKey.index() << " viaType " << backupKey.viaType()
+                                          << " has a backup of its own");
       return false;
    }
    L3AdjacencyPtr backupAdj = vrf.lFibViaSetToL3AdjHas(backupKey)

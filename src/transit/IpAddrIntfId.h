@@ -13,7 +13,7 @@ namespace Fal {
 // A next hop on an interface: the key of a transit next hop. An empty interface means the next hop
 // is resolved through the route resolver rather than on a named interface.
 class IpAddrIntfId {
-public:
+ public:
    IpAddrIntfId() = default;
    IpAddrIntfId(const Wire::IpGenAddr& ipGenAddr, Wire::IntfId l3Intf)
        : ipGenAddr_(ipGenAddr), l3Intf_(l3Intf) {}
@@ -35,7 +35,7 @@ public:
    std::string stringValue() const;
    static IpAddrIntfId parse(std::string_view text);
 
-private:
+ private:
    Wire::IpGenAddr ipGenAddr_;
    Wire::IntfId l3Intf_;
 };

@@ -25,9 +25,17 @@ bool fullLogged = false;
 
 }  // namespace
 
-const Log::MessageDef& routingMplsResourceFull() { return fullDef; }
-const Log::MessageDef& routingMplsResourceNormal() { return normalDef; }
-bool resourceFullLogged() { return fullLogged; }
-void resourceFullLoggedIs(bool v) { fullLogged = v; }
+const Log::MessageDef& routingMplsResourceFull() {
+   return fullDef;
+}
+const Log::MessageDef& routingMplsResourceNormal() {
+   return normalDef;
+}
+bool resourceFullLogged() {
+   return fullLogged;
+}
+void resourceFullLoggedIs(bool v) {
+   fullLogged = v;
+}
 
 }  // namespace Fal

@@ -13,7 +13,7 @@ namespace Fal {
 // shared value types because it holds the machine's own adjacency objects. It has no reactors.
 // A new route starts unprogrammed on purpose: only a confirmed programming clears the flag.
 class MplsRoute : public Kor::PtrInterface {
-public:
+ public:
    explicit MplsRoute(const Mpls::RouteKey& routeKey) : routeKey_(routeKey) {}
 
    const Mpls::RouteKey& routeKey() const { return routeKey_; }
@@ -34,7 +34,7 @@ public:
    bool unprogramRequired() const { return unprogramRequired_; }
    void unprogramRequiredIs(bool v) { unprogramRequired_ = v; }
 
-private:
+ private:
    Mpls::RouteKey routeKey_;
    std::int32_t metric_ = 0;
    bool unprogrammed_ = true;

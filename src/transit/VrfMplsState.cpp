@@ -44,7 +44,9 @@ Kor::Ptr<MplsNextHop> VrfMplsState::mplsNextHopIs(const IpAddrIntfId& k) {
    return instantiate(mplsNextHop_, k);
 }
 
-L3AdjacencyPtr VrfMplsState::l3AdjacencyIs(std::uint64_t i) { return instantiate(l3Adjacency_, i); }
+L3AdjacencyPtr VrfMplsState::l3AdjacencyIs(std::uint64_t i) {
+   return instantiate(l3Adjacency_, i);
+}
 
 MplsL2AdjacencyPtr VrfMplsState::l2AdjacencyIs(std::uint64_t i) {
    return instantiate(l2Adjacency_, i);

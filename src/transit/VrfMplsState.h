@@ -19,7 +19,7 @@ namespace Fal {
 // collections hold counted references; the review sets hold keys and indices only. Lookups of
 // absent keys return null.
 class VrfMplsState : public Kor::Entity {
-public:
+ public:
    template <class K, class V>
    using Map = Kor::HashMap<K, V>;
    template <class K>
@@ -129,9 +129,7 @@ public:
    const Set<std::uint64_t>& l2AdjForReviewSet() const { return l2AdjForReview_; }
 
    bool l2AdjPendingForDelete(std::uint64_t i) const { return l2AdjPendingForDelete_.contains(i); }
-   void l2AdjPendingForDeleteIs(std::uint64_t i, bool in) {
-      setIs(l2AdjPendingForDelete_, i, in);
-   }
+   void l2AdjPendingForDeleteIs(std::uint64_t i, bool in) { setIs(l2AdjPendingForDelete_, i, in); }
    Set<std::uint64_t>& l2AdjPendingForDeleteSet() { return l2AdjPendingForDelete_; }
    const Set<std::uint64_t>& l2AdjPendingForDeleteSet() const { return l2AdjPendingForDelete_; }
 
@@ -140,7 +138,9 @@ public:
       return !forPublish_.empty() || !forReview_.empty() || !l3AdjForReview_.empty() ||
              !l2AdjForReview_.empty() || !l2AdjPendingForDelete_.empty();
    }
-   bool needReviewForUnprogrammedOnly() const { return !needReview() && numUnprogrammedRoute_ != 0; }
+   bool needReviewForUnprogrammedOnly() const {
+      return !needReview() && numUnprogrammedRoute_ != 0;
+   }
    // Nothing left that a deletion of the state would lose.
    bool empty() const {
       return route_.empty() && mplsNextHop_.empty() && l3Adjacency_.empty() &&
@@ -148,10 +148,16 @@ public:
              lFibViaSetToFecId_.empty();
    }
 
-#define MPLSFWD_VRF_COUNTER(type, name)                    \
-   type name() const { return name##_; }                   \
-   void name##Is(type v) { name##_ = v; }                  \
-   void name##Inc(type delta = 1) { name##_ += delta; }
+#define MPLSFWD_VRF_COUNTER(type, name) \
+   type name() const {                  \
+      return name##_;                   \
+   }                                    \
+   void name##Is(type v) {              \
+      name##_ = v;                      \
+   }                                    \
+   void name##Inc(type delta = 1) {     \
+      name##_ += delta;                 \
+   }
    MPLSFWD_VRF_COUNTER(std::uint64_t, numUnprogrammedRoute)
    MPLSFWD_VRF_COUNTER(std::uint64_t, numUnprogrammedAdj)
    MPLSFWD_VRF_COUNTER(std::uint64_t, vrfReviewCount)
@@ -164,12 +170,20 @@ public:
    MPLSFWD_VRF_COUNTER(std::uint64_t, unprogAdjRetried)
 #undef MPLSFWD_VRF_COUNTER
 
-   double lastUnprogrammedReview() const { return lastUnprogrammedReview_; }
-   void lastUnprogrammedReviewIs(double t) { lastUnprogrammedReview_ = t; }
-   double unprogrammedRetryInterval() const { return unprogrammedRetryInterval_; }
-   void unprogrammedRetryIntervalIs(double t) { unprogrammedRetryInterval_ = t; }
+   double lastUnprogrammedReview() const {
+      return lastUnprogrammedReview_;
+   }
+   void lastUnprogrammedReviewIs(double t) {
+      lastUnprogrammedReview_ = t;
+   }
+   double unprogrammedRetryInterval() const {
+      return unprogrammedRetryInterval_;
+   }
+   void unprogrammedRetryIntervalIs(double t) {
+      unprogrammedRetryInterval_ = t;
+   }
 
-private:
+ private:
    template <class S, class K>
    static void setIs(S& set, const K& k, bool in) {
       if (in) {

@@ -10,8 +10,12 @@ namespace {
 using Fal::VrfId;
 using L2Adj = Mpls::Hardware::L2Adjacency;
 
-Mpls::RouteKey key(std::uint32_t label) { return Mpls::RouteKey(Wire::MplsLabel(label)); }
-Kor::Ptr<L2Adj> adj(std::uint64_t index) { return Kor::make<L2Adj>(index); }
+Mpls::RouteKey key(std::uint32_t label) {
+   return Mpls::RouteKey(Wire::MplsLabel(label));
+}
+Kor::Ptr<L2Adj> adj(std::uint64_t index) {
+   return Kor::make<L2Adj>(index);
+}
 
 // Counts every notification of a per-VRF configuration or status.
 template <class Table>
@@ -36,7 +40,7 @@ struct StatusWatch : Watch<Fal::MplsHwVrfStatus> {
 };
 
 class HwVrfTables : public ::testing::Test {
-protected:
+ protected:
    Kor::Ptr<Fal::MplsHwConfig> config = Fal::mplsHwConfigFactory("config");
    Kor::Ptr<Fal::MplsHwVrfConfig> vrf = config->vrfConfigIs(VrfId(1));
    Watch<Fal::MplsHwVrfConfig> watch{vrf};

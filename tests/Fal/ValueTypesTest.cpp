@@ -31,7 +31,8 @@ TEST(MplsHwRoute, TextFormOfDefaultAndRoundTrip) {
    std::string text = r.stringValue();
    EXPECT_EQ(text, "Value('Fal::MplsHwRoute', ** {'routeKey': " + Mpls::RouteKey().stringValue() +
                        ", 'l2Adjacency': None, 'version': 0})");
-   Fal::MplsHwRoute withKey(Mpls::RouteKey(Wire::MplsLabel(1048575)), nullptr, 18446744073709551615u);
+   Fal::MplsHwRoute withKey(Mpls::RouteKey(Wire::MplsLabel(1048575)), nullptr,
+                            18446744073709551615u);
    EXPECT_EQ(Fal::MplsHwRoute::parse(withKey.stringValue()).stringValue(), withKey.stringValue());
    EXPECT_EQ(Fal::MplsHwRoute::parse(withKey.stringValue()), withKey);
 }

@@ -11,7 +11,7 @@ class Clock;
 // Where a clock reads the time and whom it tells about its wake-up time. The event loop is the
 // time source of an agent; nothing in the library reads the wall clock directly.
 class TimeSource {
-public:
+ public:
    virtual ~TimeSource() = default;
    virtual double now() const = 0;
    // The clock's timeMin changed; the source arranges a wake-up at that time (infinity: none).
@@ -24,9 +24,9 @@ public:
 // infinity disarms it. When the time source reaches timeMin, reactors see onTimeMin(). The clock
 // does not disarm itself: the reactor re-arms or disarms it as its work requires.
 class Clock : public Entity {
-public:
+ public:
    class NotifieeConst : public Notifiee<Clock> {
-   public:
+    public:
       using Notifiee<Clock>::Notifiee;
       virtual void onTimeMin() {}
    };
@@ -59,7 +59,7 @@ public:
    void sourceGone() { source_ = nullptr; }
    TimeSource* source() const { return source_; }
 
-private:
+ private:
    TimeSource* source_;
    double timeMin_ = never();
 };

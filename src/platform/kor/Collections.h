@@ -53,14 +53,14 @@ template <class K, class V, class H = DefaultHash<K>>
 class FlatHashMap
     : public tsl::robin_map<K, V, H, std::equal_to<K>, std::allocator<std::pair<K, V>>, false,
                             FlatGrowthPolicy> {
-public:
+ public:
    FlatHashMap() { this->max_load_factor(kFlatMaxLoadFactor); }
 };
 
 template <class K, class H = DefaultHash<K>>
 class FlatHashSet
     : public tsl::robin_set<K, H, std::equal_to<K>, std::allocator<K>, false, FlatGrowthPolicy> {
-public:
+ public:
    FlatHashSet() { this->max_load_factor(kFlatMaxLoadFactor); }
    template <class It>
    FlatHashSet(It first, It last) : FlatHashSet() {

@@ -13,7 +13,7 @@ namespace Kor {
 // attribute and raise notifications through notify(&NotifieeConst::onX, args...), only when an
 // attribute really changed.
 class Entity : public PtrInterface {
-public:
+ public:
    explicit Entity(Name name = {}) : name_(std::move(name)) {}
    Entity(const Entity&) = delete;
    Entity& operator=(const Entity&) = delete;
@@ -24,13 +24,13 @@ public:
    void notifieeDel(NotifieeBase* n) const { notifiees_.remove(n); }
    std::size_t notifiees() const { return notifiees_.size(); }
 
-protected:
+ protected:
    template <class N, class... P, class... A>
    void notify(void (N::*fn)(P...), A&&... args) const {
       notifiees_.forEach([&](NotifieeBase& b) { (static_cast<N&>(b).*fn)(args...); });
    }
 
-private:
+ private:
    Name name_;
    mutable NotifieeList notifiees_;
 };

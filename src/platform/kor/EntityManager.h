@@ -7,7 +7,7 @@ namespace Regdb {
 
 // The agent's registry of named entities, by which tools and the state database find them.
 class EntityManager : public Kor::Entity {
-public:
+ public:
    explicit EntityManager(Kor::Name name) : Kor::Entity(std::move(name)) {}
 
    Kor::Ptr<Kor::Entity> entity(const Kor::Name& name) const {
@@ -18,7 +18,7 @@ public:
    void entityDel(const Kor::Name& name) { entity_.erase(name); }
    std::size_t entities() const { return entity_.size(); }
 
-private:
+ private:
    Kor::HashMap<Kor::Name, Kor::Ptr<Kor::Entity>> entity_;
 };
 

@@ -13,7 +13,7 @@ namespace Kor {
 // Names and numbers of one enumeration, for text forms, parsing and reflection.
 template <class E>
 class EnumRegistry {
-public:
+ public:
    EnumRegistry(std::string typeName, std::initializer_list<std::pair<E, const char*>> members)
        : typeName_(std::move(typeName)) {
       for (const auto& [value, name] : members) {
@@ -58,7 +58,7 @@ public:
    }
    const std::vector<std::pair<E, std::string>>& members() const { return members_; }
 
-private:
+ private:
    std::string typeName_;
    std::vector<std::pair<E, std::string>> members_;
 };

@@ -17,8 +17,8 @@ constexpr std::uint64_t mixInt(std::uint64_t x) noexcept {
 }
 
 constexpr std::size_t hashCombine(std::size_t seed, std::uint64_t value) noexcept {
-   return static_cast<std::size_t>(mixInt(seed ^ (value + 0x9e3779b97f4a7c15ULL + (seed << 6) +
-                                                    (seed >> 2))));
+   return static_cast<std::size_t>(
+       mixInt(seed ^ (value + 0x9e3779b97f4a7c15ULL + (seed << 6) + (seed >> 2))));
 }
 
 // Hash functor for value types that provide hash() as a member.

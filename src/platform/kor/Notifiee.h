@@ -11,7 +11,7 @@ namespace Kor {
 // marked negative) or it was explicitly marked dead; a reactor that is not live drops
 // notifications, so nothing reaches a half-destroyed state machine.
 class NotifieeBase {
-public:
+ public:
    NotifieeBase() = default;
    NotifieeBase(const NotifieeBase&) = delete;
    NotifieeBase& operator=(const NotifieeBase&) = delete;
@@ -22,7 +22,7 @@ public:
    const PtrInterface* owner() const { return owner_; }
    void ownerIs(const PtrInterface* owner) { owner_ = owner; }
 
-private:
+ private:
    const PtrInterface* owner_ = nullptr;
    bool dead_ = false;
 };
@@ -31,7 +31,7 @@ private:
 // added (they are not called in the delivery under way) or removed (their slot is emptied and the
 // list compacted once no delivery is running) from inside a notification.
 class NotifieeList {
-public:
+ public:
    void add(NotifieeBase* n) { list_.push_back(n); }
    void remove(NotifieeBase* n) {
       for (auto& slot : list_) {
@@ -66,7 +66,7 @@ public:
       }
    }
 
-private:
+ private:
    struct Delivery {
       explicit Delivery(NotifieeList& l) : list(l) { ++list.depth_; }
       ~Delivery() {
@@ -93,7 +93,7 @@ private:
 // so the notifier outlives it.
 template <class T>
 class Notifiee : public NotifieeBase {
-public:
+ public:
    using NotifierType = T;
 
    Notifiee() = default;
@@ -112,7 +112,7 @@ public:
       }
    }
 
-private:
+ private:
    void detach() {
       if (notifier_) {
          notifier_->notifieeDel(this);

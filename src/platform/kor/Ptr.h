@@ -14,7 +14,7 @@ namespace Kor {
 // object tears itself down neither delete it twice nor resurrect it, and so that reactors owned
 // by it can tell that their owner is going and drop notifications.
 class PtrInterface {
-public:
+ public:
    PtrInterface() = default;
    PtrInterface(const PtrInterface&) : references_(0) {}
    PtrInterface& operator=(const PtrInterface&) { return *this; }
@@ -35,7 +35,7 @@ public:
       }
    }
 
-private:
+ private:
    static constexpr std::int32_t kTearingDown = std::numeric_limits<std::int32_t>::min() / 2;
    mutable std::int32_t references_ = 0;
 };
@@ -43,7 +43,7 @@ private:
 // Counted reference to a PtrInterface-derived object. Null by default.
 template <class T>
 class Ptr {
-public:
+ public:
    using element_type = T;
 
    Ptr() noexcept = default;
@@ -104,7 +104,7 @@ public:
       return std::less<const void*>()(p_, o.ptr());
    }
 
-private:
+ private:
    void acquire() const noexcept {
       if (p_) {
          p_->newRef();

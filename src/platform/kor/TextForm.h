@@ -24,14 +24,14 @@ std::string toText(const T& value) {
 // declaration order; each value runs up to the next top-level ", '" or the closing "})", with
 // brackets and quotes nesting so that a field may itself be a Value(...) text.
 class ValueTextReader {
-public:
+ public:
    ValueTextReader(std::string_view text, std::string_view typeName);
    // The raw text of the next field, which must be named `field`.
    std::string_view field(std::string_view field);
    // Checks that nothing but the closing "})" remains.
    void finish();
 
-private:
+ private:
    [[noreturn]] void fail(const std::string& what) const;
    std::string_view text_;
    std::string typeName_;

@@ -11,7 +11,7 @@ namespace Fal {
 // The platform's numeric VRF id: the key of the per-VRF hardware tables and of the L3 status's
 // VRF-name table.
 class VrfId {
-public:
+ public:
    constexpr VrfId() = default;
    constexpr explicit VrfId(std::uint32_t value) : value_(value) {}
 
@@ -21,10 +21,12 @@ public:
    std::size_t hash() const { return static_cast<std::size_t>(Kor::mixInt(value_)); }
    std::string stringValue() const { return std::to_string(value_); }
 
-private:
+ private:
    std::uint32_t value_ = 0;
 };
 
-inline std::ostream& operator<<(std::ostream& os, const VrfId& v) { return os << v.value(); }
+inline std::ostream& operator<<(std::ostream& os, const VrfId& v) {
+   return os << v.value();
+}
 
 }  // namespace Fal

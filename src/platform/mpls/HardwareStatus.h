@@ -16,9 +16,9 @@ namespace Mpls::Hardware {
 // hardware L3 adjacencies and L2 adjacencies by index (instantiating: get or create), the routes
 // by key, and whether next hops may resolve through the default route.
 class Status : public Kor::Entity {
-public:
+ public:
    class NotifieeConst : public Kor::Notifiee<Status> {
-   public:
+    public:
       using Kor::Notifiee<Status>::Notifiee;
       virtual void onAdjacency(std::uint64_t) {}
       virtual void onL2Adjacency(std::uint64_t) {}
@@ -88,7 +88,7 @@ public:
       }
    }
 
-private:
+ private:
    template <class Map>
    typename Map::mapped_type instantiate(Map& map, std::uint64_t index,
                                          void (NotifieeConst::*handler)(std::uint64_t)) {

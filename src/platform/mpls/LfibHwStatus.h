@@ -14,14 +14,15 @@ namespace Mpls {
 
 // A route that a programming helper refused, with the reason it gave.
 class RouteInfo {
-public:
+ public:
    RouteInfo() = default;
-   RouteInfo(const RouteKey& key, LfibHwProgrammingReturnCode reason) : key_(key), reason_(reason) {}
+   RouteInfo(const RouteKey& key, LfibHwProgrammingReturnCode reason)
+       : key_(key), reason_(reason) {}
    const RouteKey& key() const { return key_; }
    LfibHwProgrammingReturnCode reason() const { return reason_; }
    bool operator==(const RouteInfo&) const = default;
 
-private:
+ private:
    RouteKey key_;
    LfibHwProgrammingReturnCode reason_ = lfibHwProgrammingSuccess_;
 };
@@ -34,9 +35,9 @@ inline std::ostream& operator<<(std::ostream& os, const RouteInfo& r) {
 // key, so that a retry walk can go on from "the key after the current one" while entries come and
 // go under it.
 class LfibHwStatus : public Kor::Entity {
-public:
+ public:
    class NotifieeConst : public Kor::Notifiee<LfibHwStatus> {
-   public:
+    public:
       using Kor::Notifiee<LfibHwStatus>::Notifiee;
       virtual void onUnprogrammedRoute(const RouteKey&) {}
    };
@@ -44,7 +45,9 @@ public:
 
    explicit LfibHwStatus(Kor::Name name) : Kor::Entity(std::move(name)) {}
 
-   RouteInfo unprogrammedRoute(const RouteKey& k) const { return Kor::mapValueOr(unprogrammed_, k); }
+   RouteInfo unprogrammedRoute(const RouteKey& k) const {
+      return Kor::mapValueOr(unprogrammed_, k);
+   }
    bool unprogrammedRouteHas(const RouteKey& k) const { return unprogrammed_.contains(k); }
    void unprogrammedRouteIs(const RouteInfo& info) {
       if (Kor::mapAssignIfChanged(unprogrammed_, info.key(), info)) {
@@ -62,7 +65,7 @@ public:
    const UnprogrammedRouteMap& unprogrammedRouteMap() const { return unprogrammed_; }
    std::size_t unprogrammedRoutes() const { return unprogrammed_.size(); }
 
-private:
+ private:
    UnprogrammedRouteMap unprogrammed_;
 };
 

@@ -19,9 +19,9 @@ namespace Mpls {
 // default via). It also keeps two reverse indices that readers need and the records do not carry:
 // the routes that use a via set, and the via sets that name a via.
 class LfibStatus : public Kor::Entity {
-public:
+ public:
    class NotifieeConst : public Kor::Notifiee<LfibStatus> {
-   public:
+    public:
       using Kor::Notifiee<LfibStatus>::Notifiee;
       virtual void onLfibRoute(const RouteKey&) {}
       virtual void onViaSet(const LfibViaSetKey&) {}
@@ -118,7 +118,7 @@ public:
    void dot1qTagToVlanCollDel(const LfibDot1qTagToVlanKey& key);
    const Dot1qCollMap& dot1qTagToVlanCollMap() const { return dot1qColl_; }
 
-private:
+ private:
    template <class V>
    using ViaMap = Kor::HashMap<LfibViaKey, V>;
    using Handler = void (NotifieeConst::*)(const LfibViaKey&);

@@ -9,7 +9,7 @@ Log::Trace trackingTrace("LfibTrackingSm");
 }
 
 class LfibTrackingSm::LfibReactor : public LfibStatus::NotifieeConst {
-public:
+ public:
    LfibReactor(Kor::Ptr<const LfibStatus> lfib, LfibTrackingSm& sm)
        : LfibStatus::NotifieeConst(std::move(lfib)), sm_(sm) {}
    void onLfibRoute(const RouteKey& k) override { sm_.routeChanged(k); }
@@ -23,14 +23,15 @@ public:
    void onEvpnVlanAwareVia(const LfibViaKey& k) override { sm_.viaChanged(k); }
    void onEvpnVlanAwareFloodVia(const LfibViaKey& k) override { sm_.viaChanged(k); }
 
-private:
+ private:
    LfibTrackingSm& sm_;
 };
 
-LfibTrackingSm::LfibTrackingSm(Kor::Ptr<const LfibStatus> lfib,
-                               Kor::Ptr<LfibTrackingStatus> status, LfibTrackingMode mode,
-                               std::string traceName)
-    : lfib_(std::move(lfib)), status_(std::move(status)), mode_(mode),
+LfibTrackingSm::LfibTrackingSm(Kor::Ptr<const LfibStatus> lfib, Kor::Ptr<LfibTrackingStatus> status,
+                               LfibTrackingMode mode, std::string traceName)
+    : lfib_(std::move(lfib)),
+      status_(std::move(status)),
+      mode_(mode),
       traceName_(std::move(traceName)) {
    reactor_ = std::make_unique<LfibReactor>(lfib_, *this);
    reactor_->ownerIs(this);
@@ -47,7 +48,9 @@ LfibTrackingSm::LfibTrackingSm(Kor::Ptr<const LfibStatus> lfib,
    }
 }
 
-LfibTrackingSm::~LfibTrackingSm() { reactor_->deadIs(true); }
+LfibTrackingSm::~LfibTrackingSm() {
+   reactor_->deadIs(true);
+}
 
 void LfibTrackingSm::routeChanged(const RouteKey& key) {
    if (mode_ & lfibTrackingRoutes_) {

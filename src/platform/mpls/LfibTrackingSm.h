@@ -22,7 +22,7 @@ enum LfibTrackingMode : unsigned {
 // status's backlogs. At construction it puts every key of the LFIB as it stands on the backlog, so
 // a consumer that starts late misses nothing.
 class LfibTrackingSm : public Kor::PtrInterface {
-public:
+ public:
    LfibTrackingSm(Kor::Ptr<const LfibStatus> lfib, Kor::Ptr<LfibTrackingStatus> status,
                   LfibTrackingMode mode, std::string traceName);
    ~LfibTrackingSm() override;
@@ -30,7 +30,7 @@ public:
    LfibTrackingMode mode() const { return mode_; }
    const std::string& traceName() const { return traceName_; }
 
-private:
+ private:
    class LfibReactor;
    void routeChanged(const RouteKey& key);
    void viaSetChanged(const LfibViaSetKey& key);

@@ -12,9 +12,9 @@ namespace Mpls {
 // and drained by a state machine, which deletes each key once handled. Ordered, so that a drain
 // that stops to yield resumes from the start of what is left in a stable order.
 class LfibTrackingStatus : public Kor::Entity {
-public:
+ public:
    class NotifieeConst : public Kor::Notifiee<LfibTrackingStatus> {
-   public:
+    public:
       using Kor::Notifiee<LfibTrackingStatus>::Notifiee;
       virtual void onViaSetKeyBacklog(const LfibViaSetKey&) {}
       virtual void onRouteKeyBacklog(const RouteKey&) {}
@@ -50,7 +50,7 @@ public:
    }
    const RouteKeyBacklog& routeKeyBacklogSet() const { return routeKeyBacklog_; }
 
-private:
+ private:
    ViaSetKeyBacklog viaSetKeyBacklog_;
    RouteKeyBacklog routeKeyBacklog_;
 };

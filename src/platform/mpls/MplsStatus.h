@@ -19,21 +19,21 @@ namespace Mpls {
 // An adjacency that ends a pseudowire: the pseudowire interface whose decapsulated traffic it
 // carries. A default record means "no such adjacency".
 class PwAdjacency {
-public:
+ public:
    PwAdjacency() = default;
    PwAdjacency(std::uint64_t index, Wire::IntfId pwIntfId) : index_(index), pwIntfId_(pwIntfId) {}
    std::uint64_t index() const { return index_; }
    Wire::IntfId pwIntfId() const { return pwIntfId_; }
    bool operator==(const PwAdjacency&) const = default;
 
-private:
+ private:
    std::uint64_t index_ = 0;
    Wire::IntfId pwIntfId_;
 };
 
 // An adjacency that forwards into a FIB FEC with a label action.
 class ExtFecAdjacency {
-public:
+ public:
    ExtFecAdjacency() = default;
    ExtFecAdjacency(std::uint64_t index, Memtab::Fib::FecId fecId, Wire::MplsLabelAction action)
        : index_(index), fecId_(fecId), labelAction_(action) {}
@@ -42,7 +42,7 @@ public:
    Wire::MplsLabelAction labelAction() const { return labelAction_; }
    bool operator==(const ExtFecAdjacency&) const = default;
 
-private:
+ private:
    std::uint64_t index_ = 0;
    Memtab::Fib::FecId fecId_;
    Wire::MplsLabelAction labelAction_ = Wire::MplsLabelAction::pop;
@@ -56,9 +56,9 @@ std::ostream& operator<<(std::ostream& os, const ExtFecAdjacency& a);
 // the setting that lets next hops resolve through the default route. One instance is published
 // read-only by the control plane; another, writable one is filled by copying from it.
 class Status : public Kor::Entity {
-public:
+ public:
    class NotifieeConst : public Kor::Notifiee<Status> {
-   public:
+    public:
       using Kor::Notifiee<Status>::Notifiee;
       virtual void onLfibRoute(const RouteKey&) {}
       virtual void onLfibAdjacency(std::uint64_t /*index*/) {}
@@ -148,7 +148,7 @@ public:
       }
    }
 
-private:
+ private:
    RouteMap route_;
    AdjacencyMap adjacency_;
    PwAdjacencyMap pwAdjacency_;

@@ -7,9 +7,9 @@ namespace Mpls {
 
 // The control plane's MPLS routing switch.
 class RoutingInfo : public Kor::Entity {
-public:
+ public:
    class NotifieeConst : public Kor::Notifiee<RoutingInfo> {
-   public:
+    public:
       using Kor::Notifiee<RoutingInfo>::Notifiee;
       virtual void onMplsRouting() {}
    };
@@ -23,7 +23,7 @@ public:
       }
    }
 
-private:
+ private:
    bool mplsRouting_ = false;
 };
 

@@ -7,7 +7,7 @@
 namespace {
 
 class RouteCounter : public Fal::MplsHwVrfConfig::NotifieeConst {
-public:
+ public:
    using Fal::MplsHwVrfConfig::NotifieeConst::NotifieeConst;
    void onRoute(const Mpls::RouteKey&) override { ++changes; }
    int changes = 0;

@@ -13,9 +13,9 @@ namespace {
 // A small entity with one scalar and one keyed attribute, written the way the library's entities
 // are, to pin down the runtime's notification rules.
 class Table : public Kor::Entity {
-public:
+ public:
    class NotifieeConst : public Kor::Notifiee<Table> {
-   public:
+    public:
       using Kor::Notifiee<Table>::Notifiee;
       virtual void onEnabled() {}
       virtual void onEntry(int) {}
@@ -45,7 +45,7 @@ public:
    }
    std::size_t entries() const { return entry_.size(); }
 
-private:
+ private:
    bool enabled_ = false;
    Kor::OrderedMap<int, std::string> entry_;
 };
@@ -150,13 +150,13 @@ TEST(EntityNotification, DeadReactorDropsNotifications) {
 // An owner that holds a reactor and mutates the table from its own destructor: the reactor must
 // not call back into the half-destroyed owner.
 class Owner : public Kor::PtrInterface {
-public:
+ public:
    explicit Owner(Kor::Ptr<Table> t, int* calls) : table_(t), reactor_(t, calls) {
       reactor_.ownerIs(this);
    }
    ~Owner() override { table_->entryIs(99, "late"); }
 
-private:
+ private:
    struct Reactor : Table::NotifieeConst {
       Reactor(Kor::Ptr<Table> t, int* calls) : Table::NotifieeConst(t), calls(calls) {}
       void onEntry(int) override { ++*calls; }

@@ -12,9 +12,15 @@ namespace {
 
 using namespace Mpls;
 
-RouteKey key(std::uint32_t label) { return RouteKey(Wire::MplsLabel(label)); }
-LfibViaSetKey vlanSet(std::uint32_t i) { return LfibViaSetKey(viaTypeVlan_, i); }
-LfibViaKey vlanViaKey(std::uint32_t i) { return LfibViaKey(viaTypeVlan_, i); }
+RouteKey key(std::uint32_t label) {
+   return RouteKey(Wire::MplsLabel(label));
+}
+LfibViaSetKey vlanSet(std::uint32_t i) {
+   return LfibViaSetKey(viaTypeVlan_, i);
+}
+LfibViaKey vlanViaKey(std::uint32_t i) {
+   return LfibViaKey(viaTypeVlan_, i);
+}
 
 LfibViaSet setOf(LfibViaSetKey k, std::initializer_list<LfibViaKey> vias) {
    return LfibViaSet(k, vias);
@@ -72,7 +78,7 @@ TEST(LfibStatus, NotifiesOnlyOnRealChange) {
 }
 
 class Tracking : public ::testing::Test {
-protected:
+ protected:
    Kor::Ptr<LfibStatus> lfib = Kor::make<LfibStatus>("lfib");
    Kor::Ptr<LfibTrackingStatus> status = Kor::make<LfibTrackingStatus>("tracking");
 };
