@@ -572,27 +572,27 @@ std::vector<ViaSpec> viaSpecs(const Fields& f) {
    for (const auto& v : *vias) {
       Fields vf(v, f.where() + ": adjacency via " + std::to_string(i++),
                 {"nextHop", "mac", "vlan", "interface", "labels"});
-      ViaSpec spec;
+      ViaSpec desc;
       if (vf.has("nextHop")) {
-         spec.nextHop = vf.ip("nextHop");
+         desc.nextHop = vf.ip("nextHop");
       }
       if (vf.has("mac")) {
-         spec.mac = vf.mac("mac");
+         desc.mac = vf.mac("mac");
       }
       if (vf.has("vlan")) {
-         spec.vlan = vf.tag("vlan");
+         desc.vlan = vf.tag("vlan");
       }
       if (vf.has("interface")) {
-         spec.intf = vf.intf("interface");
+         desc.intf = vf.intf("interface");
       }
       if (vf.has("labels")) {
          Wire::MplsLabelOperation op;
          for (auto l : vf.labels("labels")) {
             op.push(l);
          }
-         spec.labels = op;
+         desc.labels = op;
       }
-      out.push_back(spec);
+      out.push_back(desc);
    }
    return out;
 }
