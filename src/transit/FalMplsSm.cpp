@@ -111,6 +111,17 @@ class MplsSm::ClockReactor : public SmReactor<Kor::Clock::NotifieeConst> {
 
 // ---- Construction and destruction.
 
+// (Re)creates the reactor on one input, owned by this machine so that it falls silent while the
+// machine is torn down; a null input gets no reactor.
+template <class Reactor, class Input>
+void MplsSm::attachReactor(std::unique_ptr<Reactor>& reactor, const Input& input) {
+   reactor.reset();
+   if (input) {
+      reactor = std::make_unique<Reactor>(input, *this);
+      reactor->ownerIs(this);
+   }
+}
+
 MplsSm::MplsSm(Kor::Ptr<const Mpls::Status> mplsStatus,
                Kor::Ptr<const Mpls::RoutingInfo> mplsRoutingInfo,
                Kor::Ptr<const Mpls::LfibStatus> transitLfib,
@@ -143,33 +154,13 @@ MplsSm::MplsSm(Kor::Ptr<const Mpls::Status> mplsStatus,
    // if that first answer was not a configured one.
    inPlaceToggleWord_ = Log::getToggleState("InPlaceMplsAdjacencyUpdate", false);
 
-   auto own = [this](auto& reactor) { reactor->ownerIs(this); };
-   if (mplsStatus_) {
-      mplsStatusReactor_ = std::make_unique<MplsStatusReactor>(mplsStatus_, *this);
-      own(mplsStatusReactor_);
-   }
-   if (mplsRoutingInfo_) {
-      routingInfoReactor_ = std::make_unique<RoutingInfoReactor>(mplsRoutingInfo_, *this);
-      own(routingInfoReactor_);
-   }
-   if (transitLfib_) {
-      lfibReactor_ = std::make_unique<LfibReactor>(transitLfib_, *this);
-      own(lfibReactor_);
-   }
-   trackingStatusReactor_ = std::make_unique<TrackingStatusReactor>(lfibTrackingStatus_, *this);
-   own(trackingStatusReactor_);
-   if (mplsHwStatus_) {
-      hwStatusReactor_ = std::make_unique<HwStatusReactor>(mplsHwStatus_, *this);
-      own(hwStatusReactor_);
-   }
-   if (falL3Status_) {
-      l3StatusReactor_ = std::make_unique<L3StatusReactor>(falL3Status_, *this);
-      own(l3StatusReactor_);
-   }
-   if (clock_) {
-      clockReactor_ = std::make_unique<ClockReactor>(clock_, *this);
-      own(clockReactor_);
-   }
+   attachReactor(mplsStatusReactor_, mplsStatus_);
+   attachReactor(routingInfoReactor_, mplsRoutingInfo_);
+   attachReactor(lfibReactor_, transitLfib_);
+   attachReactor(trackingStatusReactor_, lfibTrackingStatus_);
+   attachReactor(hwStatusReactor_, mplsHwStatus_);
+   attachReactor(l3StatusReactor_, falL3Status_);
+   attachReactor(clockReactor_, clock_);
    if (mplsHwStatus_) {
       // Copy: creating a reactor may call back into handlers that touch the collection.
       auto statuses = mplsHwStatus_->vrfStatusMap();
@@ -224,11 +215,7 @@ Kor::Ptr<MplsSm> MplsSmIs(Kor::Ptr<const Mpls::Status> mplsStatus,
 
 void MplsSm::hwFecIdResponseIs(Kor::Ptr<const FecIdToHwFecIdResponse> t) {
    hwFecIdResponse_ = std::move(t);
-   hwFecIdResponseReactor_.reset();
-   if (hwFecIdResponse_) {
-      hwFecIdResponseReactor_ = std::make_unique<HwFecIdResponseReactor>(hwFecIdResponse_, *this);
-      hwFecIdResponseReactor_->ownerIs(this);
-   }
+   attachReactor(hwFecIdResponseReactor_, hwFecIdResponse_);
 }
 
 // ---- Start-up.
@@ -456,8 +443,7 @@ void MplsSm::mplsHwVrfStatusIs(const Kor::Ptr<MplsHwVrfStatus>& status) {
    if (reactor && reactor->notifier() == status) {
       return;
    }
-   reactor = std::make_unique<HwVrfStatusReactor>(status, *this);
-   reactor->ownerIs(this);
+   attachReactor(reactor, status);
    // A new reactor sees the state the status already has.
    handleHwRoutingEnabled(status->vrfId(), status->mplsRouting());
 }
