@@ -107,12 +107,12 @@ class Chip {
    class VrfReactor;
    struct Dirty {
       bool routing = false;
-      Kor::FlatHashSet<Mpls::RouteKey> routes;
+      Mpls::DenseRouteKeySet routes;
       Kor::HashSet<Fal::L2AdjacencyPtr> adjs;
    };
    struct VrfState {
       std::unique_ptr<VrfReactor> reactor;
-      Kor::FlatHashMap<Mpls::RouteKey, Fal::UnprogrammedReason> routeReason;
+      Mpls::DenseRouteMap<Fal::UnprogrammedReason> routeReason;
       Kor::HashMap<Fal::L2AdjacencyPtr, Fal::UnprogrammedReason> adjReason;
    };
 

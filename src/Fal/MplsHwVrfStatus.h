@@ -20,7 +20,7 @@ class MplsHwVrfStatus : public MplsHwVrfTables<MplsHwVrfStatus> {
       virtual void onUnprogrammedRoute(const Mpls::RouteKey&) {}
       virtual void onUnprogrammedAdjacency(const L2AdjacencyPtr&) {}
    };
-   using UnprogrammedRouteMap = Kor::FlatHashMap<Mpls::RouteKey, bool>;
+   using UnprogrammedRouteMap = Mpls::DenseRouteMap<bool>;
    using UnprogrammedAdjacencyMap = Kor::HashMap<L2AdjacencyPtr, bool>;
 
    using MplsHwVrfTables::MplsHwVrfTables;

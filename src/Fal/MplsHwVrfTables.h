@@ -22,7 +22,7 @@ using L2AdjacencyPtr = Kor::Ptr<Mpls::Hardware::L2Adjacency>;
 template <class Self>
 class MplsHwVrfTables : public Kor::Entity {
  public:
-   using RouteMap = Kor::FlatHashMap<Mpls::RouteKey, MplsHwRoute>;
+   using RouteMap = Mpls::DenseRouteMap<MplsHwRoute>;
    using L2AdjacencyMap = Kor::HashMap<L2AdjacencyPtr, std::uint32_t>;
 
    class TablesNotifiee : public Kor::Notifiee<Self> {
@@ -101,9 +101,6 @@ class MplsHwVrfTables : public Kor::Entity {
    }
    const RouteMap& routeMap() const { return route_; }
    std::size_t routes() const { return route_.size(); }
-   // Makes room for n routes at once, so that growing the table happens here and not inside a
-   // later insertion.
-   void routeReserve(std::size_t n) { route_.reserve(n); }
 
  private:
    VrfId vrfId_;

@@ -306,7 +306,7 @@ class MplsSm : public Kor::Entity {
    Kor::Ptr<Loom::NumAllocatorStatus> numAllocatorStatus_;
    Kor::Ptr<Loom::NumAllocator> numAllocator_;
    bool initialized_ = false;
-   Kor::FlatHashSet<Mpls::RouteKey> mplsIpRouteKey_;
+   Mpls::DenseRouteKeySet mplsIpRouteKey_;
    Kor::HashMap<VrfId, std::unique_ptr<HwVrfStatusReactor>> mplsHwVrfStatus_;
    double defaultUnprogrammedRetryInterval_ = 10.0;
    // A route-resolver next hop resolves through a gateway whose neighbour entry may change on its
@@ -317,7 +317,6 @@ class MplsSm : public Kor::Entity {
    Kor::Ptr<VrfMplsState> defaultState_;
    VrfId defaultVrfId_;
    bool defaultVrfKnown_ = false;
-   std::size_t reservedRoutes_ = 0;
    Kor::Ptr<MplsHwVrfConfig> lastVrfConfig_;
    unsigned inPlaceToggleWord_ = 0;
 

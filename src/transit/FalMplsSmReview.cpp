@@ -39,6 +39,19 @@ void drainOnce(Set& live, Set& batch, Yield&& yield, Work&& work) {
    batch.clear();
 }
 
+// The same for a route queue: the keys listed when the step starts are worked on in order; keys
+// queued during the step are listed behind them and wait for the next pass.
+template <class Yield, class Work>
+void drainOnce(Mpls::RouteKeyQueue& queue, Yield&& yield, Work&& work) {
+   std::size_t listed = queue.entriesListed();
+   Mpls::RouteKey key;
+   for (; listed != 0 && !yield(); --listed) {
+      if (queue.takeFront(key)) {
+         work(key);
+      }
+   }
+}
+
 }  // namespace
 
 void MplsSm::doMaybeScheduleReview(const L3::VrfName& vrf) {
@@ -125,8 +138,7 @@ void MplsSm::doReviewVrf(const L3::VrfName& vrfName) {
    });
 
    SM_TRACE(5, "review routeKey in vrf " << vrfName);
-   VrfMplsState::Set<Mpls::RouteKey> routeBatch;
-   drainOnce(vrf->routeKeyForReviewSet(), routeBatch, yield, [&](const Mpls::RouteKey& k) {
+   drainOnce(vrf->routeKeyForReviewSet(), yield, [&](const Mpls::RouteKey& k) {
       processRouteKey(*vrf, k);
       vrf->routeKeyReviewedInc();
    });

@@ -67,15 +67,6 @@ void MplsSm::acceptRoute(VrfMplsState& vrf, const Mpls::RouteKey& routeKey) {
    if (vrf.route(routeKey)) {
       return;
    }
-   if (vrf.routes() >= reservedRoutes_) {
-      // Grow every per-route table of the VRF here, in the notification, by doubling: growing a
-      // table of a million entries takes longer than a whole review pass may, and inside a pass
-      // it would happen in the middle of one item.
-      reservedRoutes_ = std::max<std::size_t>(1024, vrf.routes() + vrf.routes() / 2);
-      vrf.routeReserve(reservedRoutes_);
-      falMplsHwVrfConfig(vrf.vrfName())->routeReserve(reservedRoutes_);
-      routingHwMplsStatus_->routeReserve(reservedRoutes_);
-   }
    vrf.routeIs(routeKey);
    // The platform may list the route as unprogrammed from before this state knew it (after a
    // restart, say): count it, so that its removal from the list balances.
@@ -255,16 +246,13 @@ void MplsSm::processRouteKey(VrfMplsState& vrf, const Mpls::RouteKey& routeKey) 
 }
 
 void MplsSm::doPublishRouteKeys(VrfMplsState& vrf) {
-   // Publishing never queues more publishing, so the set can be walked and then trimmed.
-   auto& set = vrf.routeKeyForPublishSet();
-   VrfMplsState::Set<Mpls::RouteKey> batch;
-   batch.swap(set);
-   auto it = batch.begin();
-   for (; it != batch.end() && !reviewYield(); ++it) {
-      publishRouteKey(vrf, *it);
-   }
-   for (; it != batch.end(); ++it) {
-      set.insert(*it);
+   // Publishing never queues more publishing, so the queue can be taken until it is empty.
+   auto& queue = vrf.routeKeyForPublishSet();
+   Mpls::RouteKey key;
+   while (!queue.empty() && !reviewYield()) {
+      if (queue.takeFront(key)) {
+         publishRouteKey(vrf, key);
+      }
    }
 }
 

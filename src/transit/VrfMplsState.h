@@ -24,7 +24,8 @@ class VrfMplsState : public Kor::Entity {
    using Map = Kor::HashMap<K, V>;
    template <class K>
    using Set = Kor::FlatHashSet<K>;
-   using RouteMap = Kor::FlatHashMap<Mpls::RouteKey, Kor::Ptr<MplsRoute>>;
+   using RouteMap = Mpls::DenseRouteMap<Kor::Ptr<MplsRoute>>;
+   using RouteKeyQueue = Mpls::RouteKeyQueue;
 
    explicit VrfMplsState(const L3::VrfName& vrfName);
    ~VrfMplsState() override;
@@ -35,10 +36,6 @@ class VrfMplsState : public Kor::Entity {
    Kor::Ptr<MplsRoute> route(const Mpls::RouteKey& k) const { return Kor::mapValueOr(route_, k); }
    Kor::Ptr<MplsRoute> routeIs(const Mpls::RouteKey& k);
    void routeDel(const Mpls::RouteKey& k) { route_.erase(k); }
-   void routeReserve(std::size_t n) {
-      route_.reserve(n);
-      forPublish_.reserve(n);
-   }
    void routeDelAll() { route_.clear(); }
    std::size_t routes() const { return route_.size(); }
    const RouteMap& routeMap() const { return route_; }
@@ -104,15 +101,17 @@ class VrfMplsState : public Kor::Entity {
    }
 
    // Review sets: xIs(key, true) inserts, xIs(key, false) removes.
+   // The route review sets are queues: a pass works through them in the order that routes
+   // arrived, and no pass walks the keys that it will not reach.
    bool routeKeyForPublish(const Mpls::RouteKey& k) const { return forPublish_.contains(k); }
    void routeKeyForPublishIs(const Mpls::RouteKey& k, bool in) { setIs(forPublish_, k, in); }
-   Set<Mpls::RouteKey>& routeKeyForPublishSet() { return forPublish_; }
-   const Set<Mpls::RouteKey>& routeKeyForPublishSet() const { return forPublish_; }
+   RouteKeyQueue& routeKeyForPublishSet() { return forPublish_; }
+   const RouteKeyQueue& routeKeyForPublishSet() const { return forPublish_; }
 
    bool routeKeyForReview(const Mpls::RouteKey& k) const { return forReview_.contains(k); }
    void routeKeyForReviewIs(const Mpls::RouteKey& k, bool in) { setIs(forReview_, k, in); }
-   Set<Mpls::RouteKey>& routeKeyForReviewSet() { return forReview_; }
-   const Set<Mpls::RouteKey>& routeKeyForReviewSet() const { return forReview_; }
+   RouteKeyQueue& routeKeyForReviewSet() { return forReview_; }
+   const RouteKeyQueue& routeKeyForReviewSet() const { return forReview_; }
 
    // Also true while the adjacency sits in the batch that the review is working through.
    bool l3AdjForReview(std::uint64_t i) const {
@@ -201,8 +200,8 @@ class VrfMplsState : public Kor::Entity {
    Map<Memtab::Fib::FecId, ExternalFecInfoPtr> extFecInfo_;
    Map<Mpls::LfibViaSetKey, std::uint64_t> lFibViaSetToL3Adj_;
    Map<Mpls::LfibViaSetKey, Memtab::Fib::FecId> lFibViaSetToFecId_;
-   Set<Mpls::RouteKey> forPublish_;
-   Set<Mpls::RouteKey> forReview_;
+   RouteKeyQueue forPublish_;
+   RouteKeyQueue forReview_;
    Set<std::uint64_t> l3AdjForReview_;
    Set<std::uint64_t> l3AdjInReview_;
    Set<std::uint64_t> l2AdjForReview_;

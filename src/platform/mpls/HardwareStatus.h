@@ -27,7 +27,7 @@ class Status : public Kor::Entity {
    };
    using AdjacencyMap = Kor::HashMap<std::uint64_t, Kor::Ptr<Adjacency>>;
    using L2AdjacencyMap = Kor::HashMap<std::uint64_t, Kor::Ptr<L2Adjacency>>;
-   using RouteMap = Kor::FlatHashMap<RouteKey, Route>;
+   using RouteMap = DenseRouteMap<Route>;
 
    explicit Status(Kor::Name name) : Kor::Entity(std::move(name)) {}
 
@@ -79,7 +79,6 @@ class Status : public Kor::Entity {
       Kor::deleteEachKey(route_, [this](const RouteKey& k) { routeDel(k); });
    }
    const RouteMap& routeMap() const { return route_; }
-   void routeReserve(std::size_t n) { route_.reserve(n); }
 
    bool nexthopResolutionAllowDefaultRoute() const { return allowDefaultRoute_; }
    void nexthopResolutionAllowDefaultRouteIs(bool v) {

@@ -35,7 +35,7 @@ class LfibStatus : public Kor::Entity {
       virtual void onEvpnVlanAwareFloodVia(const LfibViaKey&) {}
       virtual void onDot1qTagToVlanColl(const LfibDot1qTagToVlanKey&) {}
    };
-   using RouteMap = Kor::FlatHashMap<RouteKey, LfibRoute>;
+   using RouteMap = DenseRouteMap<LfibRoute>;
    using ViaSetMap = Kor::HashMap<LfibViaSetKey, LfibViaSet>;
    using RouteKeySet = Kor::FlatHashSet<RouteKey>;
    using ViaSetKeySet = Kor::HashSet<LfibViaSetKey>;

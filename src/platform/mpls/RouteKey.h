@@ -5,6 +5,9 @@
 #include <string>
 #include <string_view>
 
+#include <mplsfwd/kor/DenseIndexMap.h>
+#include <mplsfwd/kor/DenseIndexSet.h>
+#include <mplsfwd/kor/DenseWorkQueue.h>
 #include <mplsfwd/wire/MplsLabel.h>
 
 namespace Mpls {
@@ -33,5 +36,24 @@ class RouteKey {
 };
 
 std::ostream& operator<<(std::ostream& os, const RouteKey& key);
+
+}  // namespace Mpls
+
+// A route key's slot is its label; the no-label key has none.
+template <>
+struct Kor::DenseIndex<Mpls::RouteKey> {
+   static constexpr std::uint32_t kCapacity = Wire::MplsLabel::kMax + 1;
+   static std::uint32_t index(const Mpls::RouteKey& k) { return k.topLabel().value(); }
+   static Mpls::RouteKey key(std::uint32_t i) { return Mpls::RouteKey(Wire::MplsLabel(i)); }
+};
+
+namespace Mpls {
+
+// Per-route tables indexed directly by the label: a million routes are the whole label space,
+// and at that scale an array beats any hash table in both time and memory.
+template <class V>
+using DenseRouteMap = Kor::DenseIndexMap<RouteKey, V>;
+using DenseRouteKeySet = Kor::DenseIndexSet<RouteKey>;
+using RouteKeyQueue = Kor::DenseWorkQueue<RouteKey>;
 
 }  // namespace Mpls
