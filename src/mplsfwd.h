@@ -25,6 +25,9 @@
 #include <mplsfwd/kor/AttrOps.h>
 #include <mplsfwd/kor/Clock.h>
 #include <mplsfwd/kor/Collections.h>
+#include <mplsfwd/kor/DenseIndexMap.h>
+#include <mplsfwd/kor/DenseIndexSet.h>
+#include <mplsfwd/kor/DenseWorkQueue.h>
 #include <mplsfwd/kor/Entity.h>
 #include <mplsfwd/kor/EntityManager.h>
 #include <mplsfwd/kor/EnumRegistry.h>
