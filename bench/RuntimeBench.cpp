@@ -1,5 +1,5 @@
-// Hot paths of the platform runtime: a keyed mutator with a reactor attached, a hash lookup at
-// label-space scale, number allocation and release, and a disabled trace point.
+// Hot paths of the platform runtime: a keyed mutator with a reactor attached, the per-route table
+// candidates at label-space scale, number allocation and release, and a disabled trace point.
 #include <benchmark/benchmark.h>
 
 #include <cstdint>
@@ -11,6 +11,7 @@
 #include <mplsfwd/log/Trace.h>
 #include <mplsfwd/loom/EventLoop.h>
 #include <mplsfwd/loom/NumAllocator.h>
+#include <mplsfwd/mpls/RouteKey.h>
 
 #include "FloorReporter.h"
 
@@ -61,21 +62,33 @@ void BM_KeyedMutatorWithReactor(benchmark::State& state) {
 }
 BENCHMARK(BM_KeyedMutatorWithReactor)->Arg(1 << 10)->Arg(1048560);
 
-// A lookup by route key in a hash map holding the whole label space.
-void BM_HashLookup(benchmark::State& state) {
-   const auto n = static_cast<std::uint32_t>(state.range(0));
-   Kor::HashMap<Mpls::RouteKey, std::uint64_t> map;
-   map.reserve(n);
-   for (std::uint32_t l = 0; l < n; ++l) {
-      map.emplace(Mpls::RouteKey(Wire::MplsLabel(16 + l)), l);
-   }
-   // Keys in a scrambled order so the lookups do not walk memory in sequence.
+// Label keys in a scrambled order, so that table accesses do not walk memory in sequence.
+std::vector<Mpls::RouteKey> scrambledKeys(std::uint32_t n) {
    std::vector<Mpls::RouteKey> keys;
    keys.reserve(n);
    for (std::uint32_t i = 0; i < n; ++i) {
       keys.emplace_back(
           Wire::MplsLabel(16 + static_cast<std::uint32_t>((std::uint64_t{i} * 2654435761u) % n)));
    }
+   return keys;
+}
+
+// The per-route table candidates: the node-based hash map, the open-addressing one, and the
+// array indexed by label that the per-route tables use.
+using NodeRouteMap = Kor::HashMap<Mpls::RouteKey, std::uint64_t>;
+using FlatRouteMap = Kor::FlatHashMap<Mpls::RouteKey, std::uint64_t>;
+using DenseRouteMap = Mpls::DenseRouteMap<std::uint64_t>;
+
+// A lookup by route key in a table of N routes.
+template <class Map>
+void BM_RouteLookup(benchmark::State& state) {
+   const auto n = static_cast<std::uint32_t>(state.range(0));
+   Map map;
+   map.reserve(n);
+   for (std::uint32_t l = 0; l < n; ++l) {
+      map.try_emplace(Mpls::RouteKey(Wire::MplsLabel(16 + l)), l);
+   }
+   auto keys = scrambledKeys(n);
    std::size_t i = 0;
    std::uint64_t sum = 0;
    for (auto _ : state) {
@@ -86,7 +99,31 @@ void BM_HashLookup(benchmark::State& state) {
    }
    benchmark::DoNotOptimize(sum);
 }
-BENCHMARK(BM_HashLookup)->Arg(1 << 10)->Arg(1048560);
+BENCHMARK(BM_RouteLookup<NodeRouteMap>)->Arg(1 << 10)->Arg(1048560);
+BENCHMARK(BM_RouteLookup<FlatRouteMap>)->Arg(1 << 10)->Arg(1048560);
+BENCHMARK(BM_RouteLookup<DenseRouteMap>)->Arg(1 << 10)->Arg(1048560);
+
+// Filling an empty table with N routes in scrambled order, without reserving, then emptying it
+// again: what a table costs over a full LFIB download and withdrawal. Time is per route.
+template <class Map>
+void BM_RouteFillAndDrain(benchmark::State& state) {
+   const auto n = static_cast<std::uint32_t>(state.range(0));
+   auto keys = scrambledKeys(n);
+   for (auto _ : state) {
+      Map map;
+      for (std::uint32_t i = 0; i < n; ++i) {
+         map.try_emplace(keys[i], i);
+      }
+      for (std::uint32_t i = 0; i < n; ++i) {
+         map.erase(keys[i]);
+      }
+      benchmark::DoNotOptimize(map.size());
+   }
+   state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations()) * n);
+}
+BENCHMARK(BM_RouteFillAndDrain<NodeRouteMap>)->Arg(1048560)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_RouteFillAndDrain<FlatRouteMap>)->Arg(1048560)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_RouteFillAndDrain<DenseRouteMap>)->Arg(1048560)->Unit(benchmark::kMillisecond);
 
 // One allocation and one release over the 32-bit range with a 10 s quarantine, time not moving:
 // the steady state of a FEC id allocator under churn.
