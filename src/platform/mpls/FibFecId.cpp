@@ -6,6 +6,7 @@
 #include <mplsfwd/kor/Errors.h>
 #include <mplsfwd/kor/Hash.h>
 #include <mplsfwd/kor/TextForm.h>
+#include <mplsfwd/log/Assert.h>
 
 namespace Memtab::Fib {
 
@@ -40,10 +41,9 @@ FecId FecId::fecIdForAdjType(AdjType adjType, std::uint64_t index) {
 
 AdjType FecId::adjType() const {
    // A type at or above the bound can only come from a corrupt id: an invariant of the FIB, not
-   // an input error. It raises with the invariant's text so that the caller's failure names it.
-   if ((value_ >> adjTypePos()) >= adjTypeMax()) {
-      throw Kor::RangeError("(value_ >> Fib::adjTypePos()) < Fib::adjTypeMax()");
-   }
+   // an input error.
+   FAL_ASSERT((value_ >> adjTypePos()) < adjTypeMax(),
+              "(value_ >> Fib::adjTypePos()) < Fib::adjTypeMax()");
    return static_cast<AdjType>(value_ >> adjTypePos());
 }
 

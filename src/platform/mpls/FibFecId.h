@@ -50,8 +50,8 @@ class FecId {
 
    constexpr std::uint64_t value() const { return value_; }
    constexpr bool isValid() const { return value_ != 0; }
-   // An id whose type is not below adjTypeMax() breaks the FIB's invariant; reading its type
-   // raises Kor::RangeError with the invariant's text.
+   // An id whose type is not below adjTypeMax() breaks the FIB's invariant: reading its type
+   // fails the assertion that names it.
    AdjType adjType() const;
    constexpr std::uint64_t index() const { return value_ & kIndexMask; }
 
