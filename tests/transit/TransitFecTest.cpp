@@ -416,27 +416,6 @@ TEST_F(FecTest, RestartWithdrawsWhatTheEarlierIncarnationRequestedAndNoLongerUse
    EXPECT_EQ(a.fecRequest->hwFecIdRequest(externalFec(7)), Fal::HwFecIdRequest());
 }
 
-// Disabled: routes that an earlier incarnation programmed through the route helper and that left
-// the LFIB while the machine was down stay programmed in a helper that survives the restart.
-// Start-up clears the hardware configuration and the shared hardware status, but the helper has no
-// table to walk and the machine gets the helper only after start-up; nothing tells the helper to
-// forget those routes. Whether the platform is expected to reset its helper with the agent is not
-// said; if not, the machine would need to remember the routes it published (the shared status'
-// routes, deleted at start-up) until the helper is attached.
-TEST_F(FecTest, DISABLED_RoutesDeletedWhileDownLeaveASurvivingHelper) {
-   auto set = fibSet(1, {a.mplsVia(1, "10.0.0.2", kVlan10)});
-   a.route(100, set);
-   a.route(101, a.extFecViaSet(3, externalFec(7)));
-   settleAndCheck(a);
-   ASSERT_EQ(a.helper->routes(), 2u);
-   a.stop();
-   a.routeDel(100);
-   a.routeDel(101);
-   a.start();
-   settleAndCheck(a);
-   EXPECT_EQ(a.helper->routes(), 0u);
-}
-
 TEST(TransitFecAbsent, BackupAndTunnelViaSetsAreSkippedWithoutFecForwarding) {
    TraceCapture traces;
    TransitAgent a;
