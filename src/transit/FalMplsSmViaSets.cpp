@@ -102,6 +102,14 @@ void MplsSm::handleLFibViaSetHelper(const Mpls::LfibViaSetKey& key, bool delFrom
          }
       }
    }
+   // Primaries held back because this set, their backup, was missing get another look.
+   for (const auto& primary : vrf->primariesAwaitingBackupTake(key)) {
+      if (vrf->lFibViaSetToL3AdjHas(primary)) {
+         SM_TRACE(5, "backup viaSet idx " << key.index() << " arrived; review primary viaSet idx "
+                                          << primary.index());
+         vrf->l3AdjForReviewIs(vrf->lFibViaSetToL3Adj(primary), true);
+      }
+   }
    doMaybeScheduleReview(vrfName);
 }
 
@@ -473,6 +481,8 @@ bool MplsSm::validateAndMaybeUpdateBackupAdjInfo(VrfMplsState& vrf, const L3Adja
    if (!backupSet) {
       SM_DECISION(1, "backup viaSet idx " << backupKey.index() << " viaType " << backupKey.viaType()
                                           << " missing from lfib");
+      // Nothing about the primary changes when its backup arrives: remember to look again then.
+      vrf.primaryAwaitingBackupIs(backupKey, key);
       return false;
    }
    if (backupSet->hasBackup()) {

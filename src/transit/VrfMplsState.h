@@ -100,6 +100,18 @@ class VrfMplsState : public Kor::Entity {
       return lFibViaSetToFecId_;
    }
 
+   // Primary via sets held back because their backup via set was not in the LFIB, by backup.
+   // Taking them empties the entry; a primary that is gone by then is simply skipped.
+   void primaryAwaitingBackupIs(const Mpls::LfibViaSetKey& backup,
+                                const Mpls::LfibViaSetKey& primary) {
+      primariesAwaitingBackup_[backup].insert(primary);
+   }
+   Kor::HashSet<Mpls::LfibViaSetKey> primariesAwaitingBackupTake(
+       const Mpls::LfibViaSetKey& backup) {
+      auto node = primariesAwaitingBackup_.extract(backup);
+      return node ? std::move(node.mapped()) : Kor::HashSet<Mpls::LfibViaSetKey>();
+   }
+
    // Review sets: xIs(key, true) inserts, xIs(key, false) removes.
    // The route review sets are queues: a pass works through them in the order that routes
    // arrived, and no pass walks the keys that it will not reach.
@@ -200,6 +212,7 @@ class VrfMplsState : public Kor::Entity {
    Map<Memtab::Fib::FecId, ExternalFecInfoPtr> extFecInfo_;
    Map<Mpls::LfibViaSetKey, std::uint64_t> lFibViaSetToL3Adj_;
    Map<Mpls::LfibViaSetKey, Memtab::Fib::FecId> lFibViaSetToFecId_;
+   Map<Mpls::LfibViaSetKey, Kor::HashSet<Mpls::LfibViaSetKey>> primariesAwaitingBackup_;
    RouteKeyQueue forPublish_;
    RouteKeyQueue forReview_;
    Set<std::uint64_t> l3AdjForReview_;

@@ -285,14 +285,9 @@ TEST_F(FecTest, ABackupViaSetIsReviewedFirstAndNamedInThePrimarysFec) {
    EXPECT_TRUE(a.fecRequest->hwFecIdRequestMap().empty());
 }
 
-// Disabled: a primary whose backup via set is missing from the LFIB when the primary is reviewed
-// backs off ("missing from lfib") without leaving anything that the backup's later arrival could
-// find: the backup has no L3 adjacency, the tracking backlog does not link a via set to the sets
-// that name it as their backup, and the primary is reviewed again only when its own via set or
-// its routes change. So the primary stays unprogrammed after the backup arrives. Fixing it needs
-// either an index from backup via sets to their primaries or an L3 adjacency made for the missing
-// backup (as is done for a backup that exists but has none yet); which one is wanted is open.
-TEST_F(FecTest, DISABLED_ABackupViaSetMissingFromTheLfibHoldsThePrimaryBack) {
+// The primary itself does not change when its backup arrives: the arrival alone must bring the
+// primary back, and a backup that comes and goes again must not leave it programmed.
+TEST_F(FecTest, ABackupViaSetMissingFromTheLfibHoldsThePrimaryBackUntilItArrives) {
    TraceCapture traces;
    Mpls::LfibViaSetKey backup(Mpls::viaTypeMplsIp_, 2, Mpls::lfibSourceStatic_);
    auto primary = a.viaSet(1, {a.mplsVia(1, "10.0.0.2", kVlan10)}, backup);
@@ -306,6 +301,7 @@ TEST_F(FecTest, DISABLED_ABackupViaSetMissingFromTheLfibHoldsThePrimaryBack) {
    a.viaSet(2, {a.mplsVia(2, "10.0.1.2", kVlan20)});
    settleAndCheck(a);
    EXPECT_TRUE(a.helper->has(TransitAgent::key(100)));
+   EXPECT_FALSE(a.stateRoute(100)->unprogrammed());
    EXPECT_EQ(a.fecRequest->fec(fecOf(primary)).backupFecId(), fecOf(backup));
 }
 
