@@ -420,7 +420,8 @@ Mpls::LfibExtFecVia MplsSm::getAndValidateExtFecVia(VrfMplsState&,
       SM_DECISION(1, "lFib via idx " << viaKey.index() << " not found; skipping l3 adj");
       return {};
    }
-   if (!via.fecId().isValid()) {
+   // An id with a type past the FIB's bound is as unusable as a zero one.
+   if (!via.fecId().isValid() || !via.fecId().adjTypeInRange()) {
       SM_DECISION(
           1, "lFib via idx " << viaKey.index() << " has invalid external FecId; skipping l3 adj");
       return {};

@@ -204,6 +204,11 @@ TEST_F(ValidationTest, AnExternalFecViaSetWithAnInvalidFecIdIsSkipped) {
    EXPECT_EQ(traces.count("lFib via idx 3 has invalid external FecId; skipping l3 adj"), 1u);
    expectNothingProgrammed();
    EXPECT_TRUE(a.fecRequest->hwFecIdRequestMap().empty());
+   // So is an id whose type lies past the FIB's bound: it is skipped, not fatal.
+   a.extFecViaSet(3, Memtab::Fib::FecId(~std::uint64_t(0)));
+   settleAndCheck(a);
+   EXPECT_EQ(traces.count("lFib via idx 3 has invalid external FecId; skipping l3 adj"), 2u);
+   expectNothingProgrammed();
    // A valid FEC id brings it up.
    a.extFecViaSet(3, Memtab::Fib::FecId(9));
    settleAndCheck(a);

@@ -51,8 +51,10 @@ class FecId {
    constexpr std::uint64_t value() const { return value_; }
    constexpr bool isValid() const { return value_ != 0; }
    // An id whose type is not below adjTypeMax() breaks the FIB's invariant: reading its type
-   // fails the assertion that names it.
+   // fails the assertion that names it. Ids from outside (an LFIB via, say) are checked with
+   // adjTypeInRange() first.
    AdjType adjType() const;
+   constexpr bool adjTypeInRange() const { return (value_ >> adjTypePos()) < adjTypeMax(); }
    constexpr std::uint64_t index() const { return value_ & kIndexMask; }
 
    constexpr bool operator==(const FecId&) const = default;
