@@ -46,9 +46,16 @@ struct ScaleResult {
    // The transit machine's longest review pass.
    double longestPassMs = 0.0;
    std::uint64_t reviewPasses = 0;
-   // From one next hop's MAC change until every adjacency and route through it carries the new MAC.
+   // From one next hop's MAC change, made once the agent has settled after convergence, until
+   // every adjacency and route through it carries the new MAC. It includes the transit machine's
+   // review interval (the delay before a pass, 1 ms by default) and leaves out the harness's own
+   // checks.
    double macChangeMs = 0.0;
    bool macChangeConverged = false;
+   // What the chip wrote for the MAC change: with the in-place update, one adjacency write per
+   // adjacency through the next hop and no route.
+   std::uint64_t macChangeRouteWrites = 0;
+   std::uint64_t macChangeAdjacencyWrites = 0;
    std::size_t l2Adjacencies = 0;
 
    nlohmann::json json() const;
@@ -58,8 +65,8 @@ struct ScaleResult {
 // The scale harness behind `mplsfwd-sim bench` (and reusable by a Google Benchmark): builds an
 // agent on a real-time (monotonic) event loop, so that the transit machine's time-boxed review
 // passes, its review interval and the decap task's slices are real time, as in an agent; writes
-// the synthetic LFIB, runs the loop until every route is programmed, then changes the MAC of one
-// next hop and measures how long the change takes to reach the hardware.
+// the synthetic LFIB, runs the loop until every route is programmed, lets the agent settle, then
+// changes the MAC of one next hop and measures how long the change takes to reach the hardware.
 //
 // The simulated chip answers one loop step after each change; its work counts in the
 // convergence time as a fast platform's would. Progress, when asked for, is reported through a
@@ -87,6 +94,9 @@ class ScaleHarness {
    void publishLfib(const Progress& progress);
    bool transitConverged() const;
    bool decapConverged() const;
+   // Nothing left to do: no review work queued in the transit machine, the chip has answered
+   // every change, the decap side is done.
+   bool settled() const;
    bool macChangeDone(const Wire::EthAddr& oldMac) const;
 
    ScaleOptions options_;
