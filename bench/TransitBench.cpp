@@ -31,6 +31,7 @@ void BM_TransitConverge(benchmark::State& state) {
    state.counters["bytesPerRoute"] = result.bytesPerRoute;
    state.counters["longestPassMs"] = result.longestPassMs;
    state.counters["macChangeMs"] = result.macChangeMs;
+   state.counters["macChangeWorkMs"] = result.macChangeWorkMs;
    state.counters["l2Adjacencies"] = static_cast<double>(result.l2Adjacencies);
 }
 

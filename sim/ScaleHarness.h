@@ -51,6 +51,9 @@ struct ScaleResult {
    // review interval (the delay before a pass, 1 ms by default) and leaves out the harness's own
    // checks.
    double macChangeMs = 0.0;
+   // The processor time the agent spent on it in that window: the wall time less the waits (the
+   // transit machine's review interval, the loop's sleeps) and the harness's own checks.
+   double macChangeWorkMs = 0.0;
    bool macChangeConverged = false;
    // What the chip wrote for the MAC change: with the in-place update, one adjacency write per
    // adjacency through the next hop and no route.
