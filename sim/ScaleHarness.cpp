@@ -183,10 +183,19 @@ void ScaleHarness::publishLfib(const Progress& progress) {
    }
 }
 
+// Every route is in the chip and its confirmation published: the shared status holds every route
+// and the transit machine has nothing left to review or publish. Counting the chip alone would
+// stop the clock while most confirmations still wait to be published.
 bool ScaleHarness::transitConverged() const {
    auto status = agent_->defaultVrfStatus();
    std::size_t programmed = status ? status->routes() : 0;
-   return programmed == options_.routes;
+   if (programmed != options_.routes ||
+       agent_->hwMplsStatus()->routeMap().size() != options_.routes) {
+      return false;
+   }
+   auto state = agent_->mplsSm()->mplsState(L3::VrfName::defaultVrf());
+   return !state || (state->routeKeyForReviewSet().empty() &&
+                     state->routeKeyForPublishSet().empty() && state->numUnprogrammedRoute() == 0);
 }
 
 bool ScaleHarness::decapConverged() const {
