@@ -245,8 +245,8 @@ bool MplsSm::checkMplsIpLFibVias(const Mpls::LfibViaSet& viaSet,
    bool sawNhg = false;
    bool sawTunnel = false;
    bool sawRegular = false;
-   const Mpls::LfibMplsVia* firstTunnelVia = nullptr;
-   Mpls::LfibMplsVia firstTunnel;
+   // Every processed route asks this of its via set, so the vias are read in place, not copied.
+   const Mpls::LfibMplsVia* firstTunnel = nullptr;
    auto reject = [&](const Mpls::LfibMplsVia& via) {
       SM_TRACE(1, "Unsupported lFib Adj " << via);
       return false;
@@ -258,12 +258,13 @@ bool MplsSm::checkMplsIpLFibVias(const Mpls::LfibViaSet& viaSet,
          SM_DECISION(1, "Via " << position << " ViaType " << viaKey.viaType() << " is not mplsIp");
          return reject(Mpls::LfibMplsVia());
       }
-      Mpls::LfibMplsVia via = transitLfib_->mplsVia(viaKey);
-      if (via == Mpls::LfibMplsVia()) {
+      const Mpls::LfibMplsVia* found = transitLfib_->mplsViaPtr(viaKey);
+      if (!found || *found == Mpls::LfibMplsVia()) {
          SM_DECISION(1,
                      "LfibMplsVia index " << position << ", source " << viaKey << " was not found");
-         return reject(via);
+         return reject(Mpls::LfibMplsVia());
       }
+      const Mpls::LfibMplsVia& via = *found;
       if (via.labelStack().stackSize() > 1) {
          SM_DECISION(1, "Vias with more than one label is not supported");
          return reject(via);
@@ -284,20 +285,19 @@ bool MplsSm::checkMplsIpLFibVias(const Mpls::LfibViaSet& viaSet,
          return reject(via);
       }
       if (kind == ViaKind::dynamicTunnel) {
-         if (!firstTunnelVia) {
-            firstTunnel = via;
-            firstTunnelVia = &firstTunnel;
-         } else if (via.labelAction() != firstTunnel.labelAction()) {
+         if (!firstTunnel) {
+            firstTunnel = &via;
+         } else if (via.labelAction() != firstTunnel->labelAction()) {
             SM_DECISION(1,
                         "Adjacencies of dynamic tunnel should have the samelabel action. The "
                         "conflicting labelActions are: "
-                            << firstTunnel.labelAction() << " and " << via.labelAction());
+                            << firstTunnel->labelAction() << " and " << via.labelAction());
             return reject(via);
-         } else if (via.payloadType() != firstTunnel.payloadType()) {
+         } else if (via.payloadType() != firstTunnel->payloadType()) {
             SM_DECISION(1,
                         "Adjacencies of dynamic tunnel should have the samepayloadTypes. The "
                         "conflicting payloadTypes are: "
-                            << firstTunnel.payloadType() << " and " << via.payloadType());
+                            << firstTunnel->payloadType() << " and " << via.payloadType());
             return reject(via);
          }
       }

@@ -68,6 +68,11 @@ class LfibStatus : public Kor::Entity {
 
    // Via tables, one per type.
    LfibMplsVia mplsVia(const LfibViaKey& k) const { return get(mplsVia_, k); }
+   // The stored via without a copy, or null; valid until the via table changes.
+   const LfibMplsVia* mplsViaPtr(const LfibViaKey& k) const {
+      auto it = mplsVia_.find(k);
+      return it == mplsVia_.end() ? nullptr : &it->second;
+   }
    void mplsViaIs(const LfibMplsVia& v) { set(mplsVia_, v, &NotifieeConst::onMplsVia); }
    void mplsViaDel(const LfibViaKey& k) { del(mplsVia_, k, &NotifieeConst::onMplsVia); }
    LfibExtFecVia extFecVia(const LfibViaKey& k) const { return get(extFecVia_, k); }
