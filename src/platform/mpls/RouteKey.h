@@ -50,7 +50,10 @@ struct Kor::DenseIndex<Mpls::RouteKey> {
 namespace Mpls {
 
 // Per-route tables indexed directly by the label: a million routes are the whole label space,
-// and at that scale an array beats any hash table in both time and memory.
+// and at that scale an array beats any hash table in both time and memory. The no-label key has
+// no slot: looking it up finds nothing, and storing it throws Kor::RangeError, so every table
+// built on them (the LFIB status, the hardware configuration and status) refuses a route without
+// a label.
 template <class V>
 using DenseRouteMap = Kor::DenseIndexMap<RouteKey, V>;
 using DenseRouteKeySet = Kor::DenseIndexSet<RouteKey>;

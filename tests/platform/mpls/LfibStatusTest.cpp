@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include <mplsfwd/kor/Errors.h>
 #include <mplsfwd/mpls/HardwareStatus.h>
 #include <mplsfwd/mpls/LfibHwStatus.h>
 #include <mplsfwd/mpls/LfibStatus.h>
@@ -75,6 +76,24 @@ TEST(LfibStatus, NotifiesOnlyOnRealChange) {
    EXPECT_EQ(w.colls, 1);
    lfib->lfibRouteDelAll();
    EXPECT_EQ(w.routes, 2);
+}
+
+TEST(LfibStatus, ARouteWithoutALabelIsRefusedAndChangesNothing) {
+   auto lfib = Kor::make<LfibStatus>("lfib");
+   LfibWatch w(lfib);
+   EXPECT_THROW(lfib->lfibRouteIs(LfibRoute(RouteKey(), vlanSet(1))), Kor::RangeError);
+   EXPECT_FALSE(lfib->lfibRouteHas(RouteKey()));
+   EXPECT_TRUE(lfib->routeKeysOfViaSet(vlanSet(1)).empty());
+   EXPECT_EQ(w.routes, 0);
+   // The edges of the label space are ordinary routes.
+   lfib->lfibRouteIs(LfibRoute(key(0), vlanSet(1)));
+   lfib->lfibRouteIs(LfibRoute(key(Wire::MplsLabel::kMax), vlanSet(1)));
+   EXPECT_EQ(lfib->routeKeysOfViaSet(vlanSet(1)).size(), 2u);
+   std::vector<std::uint32_t> labels;
+   for (const auto& [k, route] : lfib->lfibRouteMap()) {
+      labels.push_back(k.topLabel().value());
+   }
+   EXPECT_EQ(labels, (std::vector<std::uint32_t>{0, Wire::MplsLabel::kMax}));
 }
 
 class Tracking : public ::testing::Test {
