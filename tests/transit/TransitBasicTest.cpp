@@ -1,14 +1,10 @@
 #include <gtest/gtest.h>
 
-#include "support/TransitAgent.h"
-#include "support/TransitInvariants.h"
+#include "support/TransitTestCommon.h"
 
 namespace {
 
-using TestSupport::settleAndCheck;
-using TestSupport::TransitAgent;
-
-const Wire::IntfId kVlan10 = Wire::IntfId::vlan(10);
+using namespace TestSupport;
 
 TEST(TransitBasic, RouteReachesHardwareOnceNextHopResolves) {
    TransitAgent a;

@@ -2,19 +2,12 @@
 // backup via sets, the hardware FEC id hand-shake, the route helper, and the FEC id allocator.
 #include <gtest/gtest.h>
 
-#include "support/TraceCapture.h"
-#include "support/TransitAgent.h"
-#include "support/TransitInvariants.h"
+#include "support/TransitTestCommon.h"
 
 namespace {
 
-using TestSupport::checkTransitInvariants;
-using TestSupport::settleAndCheck;
-using TestSupport::TraceCapture;
-using TestSupport::TransitAgent;
+using namespace TestSupport;
 
-const Wire::IntfId kVlan10 = Wire::IntfId::vlan(10);
-const Wire::IntfId kVlan20 = Wire::IntfId::vlan(20);
 const auto kOwnFec = Memtab::Fib::AdjType::mplsNexthopAdj_;
 
 TransitAgent::Options fecOptions() {

@@ -4,31 +4,19 @@
 // others stay as they are.
 #include <gtest/gtest.h>
 
+#include "support/TransitTestCommon.h"
+
 #include <map>
 #include <set>
 
-#include <mplsfwd/log/ToggleService.h>
-
-#include "support/TransitAgent.h"
-#include "support/TransitInvariants.h"
-
 namespace {
 
-using TestSupport::settleAndCheck;
-using TestSupport::TransitAgent;
+using namespace TestSupport;
 
-const Wire::IntfId kVlan10 = Wire::IntfId::vlan(10);
-const Wire::IntfId kVlan20 = Wire::IntfId::vlan(20);
 const Wire::IntfId kVlan30 = Wire::IntfId::vlan(30);
-const char* const kInPlace = "InPlaceMplsAdjacencyUpdate";
 const Wire::EthAddr kOldMac = Wire::EthAddr::parse("00:00:00:00:00:02");
 const Wire::EthAddr kNewMac = Wire::EthAddr::parse("00:00:00:00:00:99");
 constexpr std::uint32_t kRoutesPerSet = 50;
-
-struct ToggleScope {
-   explicit ToggleScope(bool on) { Log::ToggleService::toggleIs(kInPlace, on); }
-   ~ToggleScope() { Log::ToggleService::toggleDel(kInPlace); }
-};
 
 bool carries(const Fal::L2AdjacencyPtr& adj, const Wire::EthAddr& mac) {
    for (const auto& via : adj->l2ViaSet()) {

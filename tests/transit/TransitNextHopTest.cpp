@@ -2,27 +2,11 @@
 // in-place adjacency updates, unresolved next hops and resolution through the default route.
 #include <gtest/gtest.h>
 
-#include <mplsfwd/log/ToggleService.h>
-
-#include "support/TraceCapture.h"
-#include "support/TransitAgent.h"
-#include "support/TransitInvariants.h"
+#include "support/TransitTestCommon.h"
 
 namespace {
 
-using TestSupport::settleAndCheck;
-using TestSupport::TraceCapture;
-using TestSupport::TransitAgent;
-
-const Wire::IntfId kVlan10 = Wire::IntfId::vlan(10);
-const Wire::IntfId kVlan20 = Wire::IntfId::vlan(20);
-const char* const kInPlace = "InPlaceMplsAdjacencyUpdate";
-
-// Leaves the toggle configuration as it found it.
-struct ToggleScope {
-   explicit ToggleScope(bool on) { Log::ToggleService::toggleIs(kInPlace, on); }
-   ~ToggleScope() { Log::ToggleService::toggleDel(kInPlace); }
-};
+using namespace TestSupport;
 
 TEST(TransitNextHop, EcmpViaSetsWithTheSameNextHopsShareOneL2Adjacency) {
    TransitAgent a;

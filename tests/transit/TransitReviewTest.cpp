@@ -2,18 +2,12 @@
 // resource log messages, and time-boxed passes that yield.
 #include <gtest/gtest.h>
 
-#include "support/TraceCapture.h"
-#include "support/TransitAgent.h"
-#include "support/TransitInvariants.h"
+#include "support/TransitTestCommon.h"
 
 namespace {
 
-using TestSupport::checkTransitInvariants;
-using TestSupport::settleAndCheck;
-using TestSupport::TraceCapture;
-using TestSupport::TransitAgent;
+using namespace TestSupport;
 
-const Wire::IntfId kVlan10 = Wire::IntfId::vlan(10);
 const char* const kFull = "ROUTING_MPLS_RESOURCE_FULL";
 const char* const kNormal = "ROUTING_MPLS_RESOURCE_NORMAL";
 

@@ -3,18 +3,11 @@
 // and restarts.
 #include <gtest/gtest.h>
 
-#include "support/TraceCapture.h"
-#include "support/TransitAgent.h"
-#include "support/TransitInvariants.h"
+#include "support/TransitTestCommon.h"
 
 namespace {
 
-using TestSupport::settleAndCheck;
-using TestSupport::TraceCapture;
-using TestSupport::TransitAgent;
-
-const Wire::IntfId kVlan10 = Wire::IntfId::vlan(10);
-const Wire::IntfId kVlan20 = Wire::IntfId::vlan(20);
+using namespace TestSupport;
 
 Mpls::LfibViaSetKey mplsIpSetKey(std::uint32_t index) {
    return Mpls::LfibViaSetKey(Mpls::viaTypeMplsIp_, index, Mpls::lfibSourceStatic_);

@@ -2,17 +2,12 @@
 // is traced and skipped, never fatal, and the route comes up once the via set is fixed.
 #include <gtest/gtest.h>
 
-#include "support/TraceCapture.h"
-#include "support/TransitAgent.h"
-#include "support/TransitInvariants.h"
+#include "support/TransitTestCommon.h"
 
 namespace {
 
-using TestSupport::settleAndCheck;
-using TestSupport::TraceCapture;
-using TestSupport::TransitAgent;
+using namespace TestSupport;
 
-const Wire::IntfId kVlan10 = Wire::IntfId::vlan(10);
 const Wire::IntfId kTunnel1 = Wire::DynamicTunnelIntfId::dynamicTunnelIntfId(1);
 const Wire::IntfId kTunnel2 = Wire::DynamicTunnelIntfId::dynamicTunnelIntfId(2);
 const Wire::IntfId kNhg1 = Wire::FecIdIntfId::nexthopGroupIdIntfId(1);
