@@ -4,9 +4,6 @@ set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 build=$root/build
 bash "$root/scripts/deps.sh"
-cmake -S "$root" -B "$build" -G Ninja >/dev/null
-cmake --build "$build" -j "$(nproc)"
-if [[ -x $build/tools/mplsfwd-sim ]]; then
-  exec "$build/tools/mplsfwd-sim" run "${1:-$root/examples/basic-transit.json}"
-fi
-exec "$build/bench/RuntimeBench" "$@"
+cmake -S "$root" -B "$build" -G Ninja -DMPLSFWD_WERROR=ON >/dev/null
+cmake --build "$build" -j "$(nproc)" --target mplsfwd-sim
+exec "$build/tools/mplsfwd-sim" run "${1:-$root/examples/basic-transit.json}"

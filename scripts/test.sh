@@ -6,7 +6,7 @@ set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 build=${1:-$root/build}
 bash "$root/scripts/deps.sh"
-cmake -S "$root" -B "$build" -G Ninja -DMPLSFWD_SANITIZE="${MPLSFWD_SANITIZE:-OFF}" \
+cmake -S "$root" -B "$build" -G Ninja -DMPLSFWD_WERROR=ON -DMPLSFWD_SANITIZE="${MPLSFWD_SANITIZE:-OFF}" \
   -DMPLSFWD_BUILD_BENCH="${MPLSFWD_BUILD_BENCH:-ON}" >/dev/null
 cmake --build "$build" -j "$(nproc)"
 export ASAN_OPTIONS=${ASAN_OPTIONS:-detect_leaks=1:abort_on_error=1}

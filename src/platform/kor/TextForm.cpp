@@ -5,6 +5,19 @@
 
 namespace Kor {
 
+std::string concat(std::initializer_list<std::string_view> parts) {
+   std::size_t size = 0;
+   for (std::string_view p : parts) {
+      size += p.size();
+   }
+   std::string out;
+   out.reserve(size);
+   for (std::string_view p : parts) {
+      out.append(p);
+   }
+   return out;
+}
+
 std::string refText(const void* object) {
    if (!object) {
       return "None";
@@ -16,9 +29,9 @@ std::string refText(const void* object) {
 
 ValueTextReader::ValueTextReader(std::string_view text, std::string_view typeName)
     : text_(text), typeName_(typeName) {
-   std::string head = "Value('" + typeName_ + "', ** {";
+   std::string head = concat({"Value('", typeName_, "', ** {"});
    if (text_.substr(0, head.size()) != head) {
-      fail("expected it to start with " + head);
+      fail(concat({"expected it to start with ", head}));
    }
    pos_ = head.size();
 }
@@ -26,14 +39,14 @@ ValueTextReader::ValueTextReader(std::string_view text, std::string_view typeNam
 std::string_view ValueTextReader::field(std::string_view name) {
    if (!first_) {
       if (text_.substr(pos_, 2) != ", ") {
-         fail("expected ', ' before field '" + std::string(name) + "'");
+         fail(concat({"expected ', ' before field '", name, "'"}));
       }
       pos_ += 2;
    }
    first_ = false;
-   std::string key = "'" + std::string(name) + "': ";
+   std::string key = concat({"'", name, "': "});
    if (text_.substr(pos_, key.size()) != key) {
-      fail("expected field " + key);
+      fail(concat({"expected field ", key}));
    }
    pos_ += key.size();
    std::size_t start = pos_;
@@ -61,7 +74,7 @@ std::string_view ValueTextReader::field(std::string_view name) {
       }
    }
    if (pos_ >= text_.size()) {
-      fail("field '" + std::string(name) + "' is not terminated");
+      fail(concat({"field '", name, "' is not terminated"}));
    }
    return text_.substr(start, pos_ - start);
 }
@@ -73,14 +86,14 @@ void ValueTextReader::finish() {
 }
 
 void ValueTextReader::fail(const std::string& what) const {
-   throw ParseError("cannot parse '" + std::string(text_) + "' as " + typeName_ + ": " + what);
+   throw ParseError(concat({"cannot parse '", text_, "' as ", typeName_, ": ", what}));
 }
 
 std::uint64_t parseUnsigned(std::string_view text, std::uint64_t max, std::string_view what) {
    std::uint64_t v = 0;
    auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), v);
    if (ec != std::errc() || end != text.data() + text.size() || text.empty() || v > max) {
-      throw ParseError("cannot parse '" + std::string(text) + "' as " + std::string(what));
+      throw ParseError(concat({"cannot parse '", text, "' as ", what}));
    }
    return v;
 }

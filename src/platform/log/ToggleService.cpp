@@ -2,6 +2,7 @@
 
 #include <mplsfwd/kor/Collections.h>
 #include <mplsfwd/kor/Errors.h>
+#include <mplsfwd/kor/TextForm.h>
 #include <cstdio>
 #include <cstdlib>
 
@@ -22,7 +23,7 @@ std::string_view trim(std::string_view s) {
 }
 
 [[noreturn]] void fail(std::string_view text, const std::string& why) {
-   throw Kor::ParseError("toggle configuration '" + std::string(text) + "': " + why);
+   throw Kor::ParseError(Kor::concat({"toggle configuration '", text, "': ", why}));
 }
 
 bool parseState(std::string_view whole, std::string_view v) {
@@ -36,7 +37,7 @@ bool parseState(std::string_view whole, std::string_view v) {
          return false;
       }
    }
-   fail(whole, "'" + std::string(v) + "' is not a toggle state");
+   fail(whole, Kor::concat({"'", v, "' is not a toggle state"}));
 }
 
 void installFromEnvironment(Toggles& toggles) {
@@ -137,7 +138,7 @@ std::vector<std::pair<std::string, bool>> ToggleService::parse(std::string_view 
       auto eq = part.find('=');
       std::string_view name = trim(part.substr(0, eq));
       if (name.empty()) {
-         fail(text, "item '" + std::string(part) + "' has no toggle name");
+         fail(text, Kor::concat({"item '", part, "' has no toggle name"}));
       }
       bool on = eq == std::string_view::npos ? true : parseState(text, trim(part.substr(eq + 1)));
       items.emplace_back(std::string(name), on);

@@ -1,6 +1,7 @@
 #include "TraceConfig.h"
 
 #include <mplsfwd/kor/Errors.h>
+#include <mplsfwd/kor/TextForm.h>
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -30,12 +31,12 @@ std::string_view trim(std::string_view s) {
 }
 
 [[noreturn]] void fail(std::string_view text, const std::string& why) {
-   throw Kor::ParseError("trace configuration '" + std::string(text) + "': " + why);
+   throw Kor::ParseError(Kor::concat({"trace configuration '", text, "': ", why}));
 }
 
 int parseLevel(std::string_view whole, std::string_view s) {
    if (s.size() != 1 || s[0] < '0' || s[0] > '9') {
-      fail(whole, "'" + std::string(s) + "' is not a level from 0 to 9");
+      fail(whole, Kor::concat({"'", s, "' is not a level from 0 to 9"}));
    }
    return s[0] - '0';
 }
@@ -49,7 +50,7 @@ std::uint32_t parseLevels(std::string_view whole, std::string_view s) {
    int first = parseLevel(whole, trim(s.substr(0, dash)));
    int last = parseLevel(whole, trim(s.substr(dash + 1)));
    if (first > last) {
-      fail(whole, "range '" + std::string(s) + "' runs backwards");
+      fail(whole, Kor::concat({"range '", s, "' runs backwards"}));
    }
    std::uint32_t mask = 0;
    for (int l = first; l <= last; ++l) {
@@ -113,7 +114,7 @@ std::vector<TraceConfig::Item> TraceConfig::parse(std::string_view text) {
       }
       if (part[0] >= '0' && part[0] <= '9') {
          if (items.empty()) {
-            fail(text, "levels '" + std::string(part) + "' without a handle name before them");
+            fail(text, Kor::concat({"levels '", part, "' without a handle name before them"}));
          }
          items.back().mask |= parseLevels(text, part);
          continue;
@@ -122,7 +123,7 @@ std::vector<TraceConfig::Item> TraceConfig::parse(std::string_view text) {
       Item item;
       item.name = std::string(trim(part.substr(0, slash)));
       if (item.name.empty()) {
-         fail(text, "item '" + std::string(part) + "' has no handle name");
+         fail(text, Kor::concat({"item '", part, "' has no handle name"}));
       }
       item.mask =
           slash == std::string_view::npos ? allLevels : parseLevels(text, part.substr(slash + 1));
