@@ -26,6 +26,7 @@ function(mplsfwd_add_library name)
   set_target_properties(${target} PROPERTIES EXPORT_NAME ${name} POSITION_INDEPENDENT_CODE ON)
   target_include_directories(${target} ${scope}
     $<BUILD_INTERFACE:${incroot}> $<INSTALL_INTERFACE:include>)
+  target_compile_features(${target} ${scope} cxx_std_20)
   target_link_libraries(${target} ${scope} ${A_DEPS})
   if(A_PRIVATE_DEPS)
     target_link_libraries(${target} PRIVATE ${A_PRIVATE_DEPS})
@@ -57,8 +58,9 @@ function(mplsfwd_install_package)
     install(DIRECTORY ${dir}/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/mplsfwd/${name}
       FILES_MATCHING PATTERN "*.h")
   endforeach()
-  install(FILES ${PROJECT_SOURCE_DIR}/src/mplsfwd.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/mplsfwd)
-  install(TARGETS ${MPLSFWD_LIBRARY_TARGETS} mplsfwd_all EXPORT mplsfwdTargets
+  file(GLOB umbrellas ${PROJECT_SOURCE_DIR}/src/umbrella/*.h)
+  install(FILES ${umbrellas} ${MPLSFWD_VERSION_HEADER} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/mplsfwd)
+  install(TARGETS ${MPLSFWD_LIBRARY_TARGETS} mplsfwd_all mplsfwd_runtime EXPORT mplsfwdTargets
     ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
   install(EXPORT mplsfwdTargets NAMESPACE mplsfwd:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/mplsfwd)
   configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/mplsfwdConfig.cmake.in
@@ -67,4 +69,20 @@ function(mplsfwd_install_package)
     COMPATIBILITY SameMinorVersion)
   install(FILES ${CMAKE_BINARY_DIR}/mplsfwdConfig.cmake ${CMAKE_BINARY_DIR}/mplsfwdConfigVersion.cmake
     DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/mplsfwd)
+
+  # pkg-config: every static archive, the highest layer first so that one pass links.
+  set(libs "")
+  foreach(target ${MPLSFWD_LIBRARY_TARGETS})
+    get_target_property(type ${target} TYPE)
+    if(type STREQUAL "STATIC_LIBRARY")
+      list(PREPEND libs "-l${target}")
+    endif()
+  endforeach()
+  list(JOIN libs " " MPLSFWD_PC_LIBS)
+  configure_file(${PROJECT_SOURCE_DIR}/cmake/mplsfwd.pc.in ${CMAKE_BINARY_DIR}/mplsfwd.pc @ONLY)
+  install(FILES ${CMAKE_BINARY_DIR}/mplsfwd.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+
+  install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR})
+  install(FILES ${PROJECT_SOURCE_DIR}/README.md ${PROJECT_SOURCE_DIR}/LICENSE
+    DESTINATION ${CMAKE_INSTALL_DOCDIR})
 endfunction()

@@ -74,38 +74,54 @@ void Agent::start() {
    }
    // A new incarnation of the agent process: nothing of the old one's log state is remembered.
    Fal::resourceFullLoggedIs(false);
-   mplsSm_ = Fal::MplsSmIs(mplsStatus_, routingInfo_, lfib_, ipRoutes_, hwMplsStatus_,
-                           routeReactorConfig_, route6ReactorConfig_, hwConfig_, hwStatus_,
-                           l3Status_, monitoredNhSm_, entityManager_, attrLogSm_, clock_);
-   if (options_.transitRetryInterval >= 0) {
-      mplsSm_->defaultUnprogrammedRetryIntervalIs(options_.transitRetryInterval);
-   }
+   Fal::TransitTables transit;
+   transit.mplsStatus = mplsStatus_;
+   transit.mplsRoutingInfo = routingInfo_;
+   transit.transitLfib = lfib_;
+   transit.falL3Status = l3Status_;
+   transit.routingHwRouteStatus = ipRoutes_;
+   transit.routeReactorConfig = routeReactorConfig_;
+   transit.route6ReactorConfig = route6ReactorConfig_;
+   transit.monitoredNhSm = monitoredNhSm_;
+   transit.routingHwMplsStatus = hwMplsStatus_;
+   transit.mplsHwConfig = hwConfig_;
+   transit.mplsHwStatus = hwStatus_;
+   transit.entityManager = entityManager_;
+   transit.attrLogSm = attrLogSm_;
+   transit.clock = clock_;
    if (options_.fecForwarding) {
-      mplsSm_->hwFecIdRequestIs(fecRequest_);
-      mplsSm_->hwFecIdResponseIs(fecResponse_);
-      mplsSm_->mplsSmHelperIs(routeHelper_);
+      transit.hwFecIdRequest = fecRequest_;
+      transit.hwFecIdResponse = fecResponse_;
+      transit.mplsSmHelper = routeHelper_;
    }
+   transit.unprogrammedRetryInterval = options_.transitRetryInterval;
+   transit_ = std::make_unique<Fal::TransitMachine>(transit);
    if (options_.decap) {
-      decapTracking_ = Kor::make<Mpls::LfibTrackingStatus>("decapTrackingStatus");
-      decapTrackingSm_ = Kor::make<Mpls::LfibTrackingSm>(
-          lfib_, decapTracking_, Mpls::lfibTrackingRoutes_, "DecapTracking");
-      decapSm_ = Fal::mplsDecapSmFactory(decapHelper_, lfib_, loop_->scheduler(), decapTracking_,
-                                         lfibHwStatus_);
-      if (options_.decapRetryInterval >= 0) {
-         decapSm_->defaultUnprogrammedRetryIntervalIs(options_.decapRetryInterval);
-      }
+      Fal::DecapTables decap;
+      decap.mplsDecapHelper = decapHelper_;
+      decap.lfibStatus = lfib_;
+      decap.scheduler = loop_->scheduler();
+      decap.lfibHwStatus = lfibHwStatus_;
+      decap.unprogrammedRetryInterval = options_.decapRetryInterval;
+      decap_ = std::make_unique<Fal::DecapMachine>(decap);
    }
    if (options_.pseudowire) {
-      lFibSm_ = Fal::lFibSmFactory(mplsStatus_, mplsIpStatus_, decapInfoTable_, pwStatus_,
-                                   pwFecRequest_, pwFecResponse_, timerWheel_);
+      Fal::PseudowireTables pw;
+      pw.mplsStatus = mplsStatus_;
+      pw.pwStatus = pwStatus_;
+      pw.mplsIpStatus = mplsIpStatus_;
+      pw.decapInfoTable = decapInfoTable_;
+      pw.dstPortToHwFecIdRequest = pwFecRequest_;
+      pw.dstPortToHwFecIdResponse = pwFecResponse_;
+      pw.timerWheel = timerWheel_;
+      pseudowire_ = std::make_unique<Fal::PseudowireMachine>(pw);
    }
 }
 
 void Agent::stop() {
-   lFibSm_ = nullptr;
-   decapSm_ = nullptr;
-   decapTrackingSm_ = nullptr;
-   mplsSm_ = nullptr;
+   pseudowire_.reset();
+   decap_.reset();
+   transit_.reset();
 }
 
 void Agent::restart() {

@@ -7,6 +7,7 @@
 #include <mplsfwd/Fal/FecIdToHwFecIdRequest.h>
 #include <mplsfwd/Fal/MplsHwConfig.h>
 #include <mplsfwd/Fal/MplsHwStatus.h>
+#include <mplsfwd/decap/DecapMachine.h>
 #include <mplsfwd/decap/FalMplsDecapSm.h>
 #include <mplsfwd/kor/Clock.h>
 #include <mplsfwd/kor/EntityManager.h>
@@ -30,7 +31,9 @@
 #include <mplsfwd/mpls/PseudowireStatus.h>
 #include <mplsfwd/mpls/RoutingInfo.h>
 #include <mplsfwd/pseudowire/FalLFibSm.h>
+#include <mplsfwd/pseudowire/PseudowireMachine.h>
 #include <mplsfwd/transit/FalMplsSm.h>
+#include <mplsfwd/transit/TransitMachine.h>
 
 #include "Chip.h"
 #include "DecapHelper.h"
@@ -88,7 +91,7 @@ class Agent {
    void start();
    void stop();
    void restart();
-   bool running() const { return mplsSm_ != nullptr; }
+   bool running() const { return transit_ != nullptr; }
    std::uint64_t restarts() const { return restarts_; }
 
    // Time. advance() runs everything due within `seconds`; runUntilIdle() runs what is ready and
@@ -125,7 +128,9 @@ class Agent {
    const Kor::Ptr<Mpls::Status>& mplsIpStatus() const { return mplsIpStatus_; }
    const Kor::Ptr<FalPw::DecapInfoTable>& decapInfoTable() const { return decapInfoTable_; }
    const Kor::Ptr<Mpls::LfibHwStatus>& lfibHwStatus() const { return lfibHwStatus_; }
-   const Kor::Ptr<Mpls::LfibTrackingStatus>& decapTracking() const { return decapTracking_; }
+   const Kor::Ptr<Mpls::LfibTrackingStatus>& decapTracking() const {
+      return decap_ ? decap_->trackingStatus() : noTracking_;
+   }
    const Kor::Ptr<Fal::RouteReactorConfig>& routeReactorConfig() const {
       return routeReactorConfig_;
    }
@@ -146,9 +151,11 @@ class Agent {
    const Kor::Ptr<Fal::RouteResolver>& resolver() const { return resolver_; }
 
    // The state machines (null when stopped or not built).
-   const Kor::Ptr<Fal::MplsSm>& mplsSm() const { return mplsSm_; }
-   const Kor::Ptr<Fal::MplsDecapSm>& decapSm() const { return decapSm_; }
-   const Kor::Ptr<Fal::LFibSm>& lFibSm() const { return lFibSm_; }
+   const Kor::Ptr<Fal::MplsSm>& mplsSm() const { return transit_ ? transit_->sm() : noMplsSm_; }
+   const Kor::Ptr<Fal::MplsDecapSm>& decapSm() const { return decap_ ? decap_->sm() : noDecapSm_; }
+   const Kor::Ptr<Fal::LFibSm>& lFibSm() const {
+      return pseudowire_ ? pseudowire_->sm() : noLFibSm_;
+   }
 
    // The default VRF's per-VRF tables (null before they exist).
    Kor::Ptr<Fal::MplsHwVrfConfig> defaultVrfConfig() const;
@@ -186,7 +193,6 @@ class Agent {
    Kor::Ptr<Mpls::Status> mplsIpStatus_;
    Kor::Ptr<FalPw::DecapInfoTable> decapInfoTable_;
    Kor::Ptr<Mpls::LfibHwStatus> lfibHwStatus_;
-   Kor::Ptr<Mpls::LfibTrackingStatus> decapTracking_;
 
    std::unique_ptr<Chip> chip_;
    std::unique_ptr<FecIdService> fecIdService_;
@@ -195,10 +201,15 @@ class Agent {
    std::unique_ptr<PwDecapTable> pwDecapTable_;
    Kor::Ptr<Fal::RouteResolver> resolver_;
 
-   Kor::Ptr<Mpls::LfibTrackingSm> decapTrackingSm_;
-   Kor::Ptr<Fal::MplsSm> mplsSm_;
-   Kor::Ptr<Fal::MplsDecapSm> decapSm_;
-   Kor::Ptr<Fal::LFibSm> lFibSm_;
+   // The state machines, assembled the way an agent assembles them.
+   std::unique_ptr<Fal::TransitMachine> transit_;
+   std::unique_ptr<Fal::DecapMachine> decap_;
+   std::unique_ptr<Fal::PseudowireMachine> pseudowire_;
+   // What the accessors answer for a machine that is not built.
+   const Kor::Ptr<Fal::MplsSm> noMplsSm_;
+   const Kor::Ptr<Fal::MplsDecapSm> noDecapSm_;
+   const Kor::Ptr<Fal::LFibSm> noLFibSm_;
+   const Kor::Ptr<Mpls::LfibTrackingStatus> noTracking_;
 };
 
 }  // namespace sim

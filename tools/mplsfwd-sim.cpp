@@ -10,6 +10,7 @@
 
 #include <mplsfwd/sim/RunCommand.h>
 #include <mplsfwd/sim/ScaleHarness.h>
+#include <mplsfwd/version.h>
 
 namespace {
 
@@ -32,6 +33,7 @@ void drawProgress(double fraction, const std::string& text) {
 int main(int argc, char** argv) {
    CLI::App app{"mplsfwd-sim: the MPLS forwarding library on a simulated platform"};
    app.require_subcommand(1);
+   app.set_version_flag("--version", "mplsfwd-sim " MPLSFWD_VERSION_STRING);
 
    std::string file;
    bool runJson = false;
@@ -56,6 +58,21 @@ int main(int argc, char** argv) {
    bench->add_option("--timeout", scale.timeout, "Give up after this many seconds")
        ->capture_default_str();
    bench->add_flag("--json", benchJson, "Print one JSON object");
+
+   // A first word that is no option and no command: name the commands there are.
+   if (argc > 1 && argv[1][0] != '-') {
+      std::string known;
+      bool found = false;
+      for (const CLI::App* command : {run, bench}) {
+         found = found || command->get_name() == argv[1];
+         known += (known.empty() ? "" : ", ") + command->get_name();
+      }
+      if (!found) {
+         std::cerr << "mplsfwd-sim: unknown command '" << argv[1] << "'; known commands: " << known
+                   << "\n";
+         return sim::exitBadScenario;
+      }
+   }
 
    try {
       app.parse(argc, argv);

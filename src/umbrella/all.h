@@ -1,7 +1,7 @@
 #pragma once
 
-// The whole public API of mplsfwd: the platform runtime, the shared model and hardware contract,
-// and the three state machines.
+// Every installed header of mplsfwd: the runtime, the shared model and hardware contract, and
+// the three state machines with their internals. <mplsfwd/mplsfwd.h> is the lighter entry.
 
 #include <mplsfwd/Fal/Dot1qTagToVlanMapId.h>
 #include <mplsfwd/Fal/FalCommon.h>
@@ -15,6 +15,7 @@
 #include <mplsfwd/Fal/MplsHwVrfTables.h>
 #include <mplsfwd/Fal/MplsSmHelper.h>
 #include <mplsfwd/Fal/UnprogrammedReason.h>
+#include <mplsfwd/decap/DecapMachine.h>
 #include <mplsfwd/decap/FalMplsDecapHelper.h>
 #include <mplsfwd/decap/FalMplsDecapSm.h>
 #include <mplsfwd/decap/MplsDecapHelper.h>
@@ -105,6 +106,7 @@
 #include <mplsfwd/mpls/RouteKey.h>
 #include <mplsfwd/mpls/RoutingInfo.h>
 #include <mplsfwd/pseudowire/FalLFibSm.h>
+#include <mplsfwd/pseudowire/PseudowireMachine.h>
 #include <mplsfwd/pseudowire/PwIntfIdToFecIdCollection.h>
 #include <mplsfwd/transit/AdjacencyObjects.h>
 #include <mplsfwd/transit/CachedLFibMplsViaColl.h>
@@ -113,6 +115,7 @@
 #include <mplsfwd/transit/L3AdjLFibAdjType.h>
 #include <mplsfwd/transit/MplsResourceLog.h>
 #include <mplsfwd/transit/MplsRoute.h>
+#include <mplsfwd/transit/TransitMachine.h>
 #include <mplsfwd/transit/VrfMplsState.h>
 #include <mplsfwd/wire/EthAddr.h>
 #include <mplsfwd/wire/IntfId.h>

@@ -1,0 +1,13 @@
+#pragma once
+
+// The decap state machine's entry points: its tables and assembly (with the LFIB tracking it
+// needs) and the helper interfaces a platform implements.
+// Include <mplsfwd/decap/FalMplsDecapSm.h> only to look inside the machine.
+
+#include <mplsfwd/runtime.h>
+
+#include <mplsfwd/decap/DecapMachine.h>
+#include <mplsfwd/decap/MplsDecapHelper.h>
+#include <mplsfwd/decap/MplsDecapHelperStub.h>
+#include <mplsfwd/decap/MplsDecapHelperWithDot1qMap.h>
+#include <mplsfwd/decap/MplsForwardingHelper.h>
