@@ -79,6 +79,7 @@ function(mplsfwd_install_package)
     endif()
   endforeach()
   list(JOIN libs " " MPLSFWD_PC_LIBS)
+  file(RELATIVE_PATH MPLSFWD_PC_UP /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
   configure_file(${PROJECT_SOURCE_DIR}/cmake/mplsfwd.pc.in ${CMAKE_BINARY_DIR}/mplsfwd.pc @ONLY)
   install(FILES ${CMAKE_BINARY_DIR}/mplsfwd.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 

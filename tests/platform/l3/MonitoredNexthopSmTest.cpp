@@ -5,6 +5,7 @@
 
 #include <mplsfwd/kor/Errors.h>
 #include <mplsfwd/kor/Ptr.h>
+#include <mplsfwd/kor/TextForm.h>
 #include <mplsfwd/l3/MonitoredNexthopSm.h>
 
 namespace {
@@ -17,8 +18,8 @@ struct EntryRecorder : Fal::MonitoredNexthopSm::NotifieeConst {
    using Fal::MonitoredNexthopSm::NotifieeConst::NotifieeConst;
    void onEntry(const Fal::NextHopKey& k, Fal::VrfId vrf) override {
       bool has = notifier()->entryHas(vrf, k.nextHop(), k.l3Intf());
-      events.push_back(std::string(has ? "+" : "-") + vrf.stringValue() + " " +
-                       k.nextHop().stringValue() + " " + k.l3Intf().stringValue());
+      events.push_back(Kor::concat({has ? "+" : "-", vrf.stringValue(), " ",
+                                    k.nextHop().stringValue(), " ", k.l3Intf().stringValue()}));
    }
    std::vector<std::string> events;
 };

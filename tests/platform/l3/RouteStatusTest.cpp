@@ -5,6 +5,7 @@
 
 #include <mplsfwd/kor/Errors.h>
 #include <mplsfwd/kor/Ptr.h>
+#include <mplsfwd/kor/TextForm.h>
 #include <mplsfwd/l3/RouteStatus.h>
 
 namespace {
@@ -19,8 +20,8 @@ IpRouteKey key(const char* prefix, std::uint32_t vrf = 0) {
 struct RouteRecorder : Routing::Hardware::RouteStatus::NotifieeConst {
    using Routing::Hardware::RouteStatus::NotifieeConst::NotifieeConst;
    void onRoute(const IpRouteKey& k) override {
-      events.push_back(std::string(notifier()->routeHas(k) ? "+" : "-") + k.vrfId().stringValue() +
-                       " " + k.prefix().stringValue());
+      events.push_back(Kor::concat({notifier()->routeHas(k) ? "+" : "-", k.vrfId().stringValue(),
+                                    " ", k.prefix().stringValue()}));
    }
    std::vector<std::string> events;
 };

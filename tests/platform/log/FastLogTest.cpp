@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <mplsfwd/kor/Errors.h>
+#include <mplsfwd/kor/TextForm.h>
 #include <mplsfwd/log/FastLog.h>
 #include <deque>
 #include <string>
@@ -39,7 +40,7 @@ TEST(FastLogTest, MatchesABoundedQueueOverManyWraps) {
       Log::FastLog ring(capacity);
       std::deque<std::string> model;
       for (int i = 0; i < 100; ++i) {
-         std::string text = "t" + std::to_string(i);
+         std::string text = Kor::concat({"t", std::to_string(i)});
          ring.add(text);
          model.push_back(text);
          if (model.size() > capacity) {

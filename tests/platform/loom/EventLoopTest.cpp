@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include <mplsfwd/kor/TextForm.h>
 #include <mplsfwd/loom/EventLoop.h>
 #include <mplsfwd/loom/Task.h>
 
@@ -242,7 +243,7 @@ TEST_F(Clocks, HeavyReArmingKeepsOrderAndFiresEachClockOnce) {
    std::uniform_int_distribution<int> pick(0, 49), when(1, 20);
    std::vector<Kor::Ptr<Kor::Clock>> cs;
    for (int i = 0; i < 50; ++i) {
-      cs.push_back(clock("c" + std::to_string(i)));
+      cs.push_back(clock(Kor::concat({"c", std::to_string(i)})));
    }
    struct Last {
       double time;
