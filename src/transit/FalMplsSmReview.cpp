@@ -171,12 +171,16 @@ void MplsSm::doReviewVrf(const L3::VrfName& vrfName) {
       doPublishRouteKeys(*vrf);
    }
 
+   if (!routeHelperReconciled_ && !vrf->needReview()) {
+      reconcileRouteHelper(*vrf);
+   }
+
    doMaybeScheduleReviewOrDeleteVrfState(vrfName);
 }
 
 void MplsSm::doReviewUnprogrammedRoute(VrfMplsState& vrf) {
    double now = clock_->now();
-   if (vrf.numUnprogrammedRoute() == 0) {
+   if (!vrf.hasUnprogrammed()) {
       vrf.lastUnprogrammedReviewIs(Kor::Clock::never());
       SM_TRACE(5, "no unprogrammed route to review");
       return;
@@ -229,6 +233,22 @@ void MplsSm::doReviewUnprogrammedRoute(VrfMplsState& vrf) {
       SM_TRACE(5, "retry unprogrammed routeKey " << key);
       processRouteKey(vrf, key);
       vrf.unprogRouteRetriedInc();
+   }
+}
+
+void MplsSm::reconcileRouteHelper(VrfMplsState& vrf) {
+   routeHelperReconciled_ = true;
+   if (!mplsSmHelper_ || !forwardingIntoExternalFecsSupported()) {
+      return;
+   }
+   for (const auto& key : mplsSmHelper_->routeKeys()) {
+      Kor::Ptr<MplsRoute> route = vrf.route(key);
+      if (route && route->extFecInfo()) {
+         continue;
+      }
+      SM_DECISION(1,
+                  "route helper holds routeKey " << key << " that is not programmed; deleting it");
+      mplsSmHelper_->deleteRoute(key);
    }
 }
 
