@@ -33,6 +33,7 @@ const std::vector<std::pair<const char*, Mpls::LfibViaType>>& viaTypeNames() {
        {"evpnVlanFlood", Mpls::viaTypeEvpnVlanFlood_},
        {"evpnVlanAware", Mpls::viaTypeEvpnVlanAware_},
        {"evpnVlanAwareFlood", Mpls::viaTypeEvpnVlanAwareFlood_},
+       {"evpnEthernetSegment", Mpls::viaTypeEvpnEthernetSegment_},
        {"pseudowire", Mpls::viaTypePseudowire_}};
    return names;
 }
@@ -105,6 +106,7 @@ Mpls::LfibSource defaultSource(Mpls::LfibViaType type) {
       case Mpls::viaTypeEvpnVlanFlood_:
       case Mpls::viaTypeEvpnVlanAware_:
       case Mpls::viaTypeEvpnVlanAwareFlood_:
+      case Mpls::viaTypeEvpnEthernetSegment_:
          return Mpls::lfibSourceEvpn_;
       case Mpls::viaTypePseudowire_:
          return Mpls::lfibSourcePseudowire_;
@@ -148,6 +150,7 @@ Action viaStep(const std::string& op, const Fields& f) {
        {"evpnVlanFloodVia", Mpls::viaTypeEvpnVlanFlood_},
        {"evpnVlanAwareVia", Mpls::viaTypeEvpnVlanAware_},
        {"evpnVlanAwareFloodVia", Mpls::viaTypeEvpnVlanAwareFlood_},
+       {"evpnEthernetSegmentFilterVia", Mpls::viaTypeEvpnEthernetSegment_},
        {"pwVia", Mpls::viaTypePseudowire_}};
    Mpls::LfibViaType type = types.at(op);
    auto index = static_cast<std::uint32_t>(f.integer("index", 0, UINT32_MAX));
@@ -208,6 +211,8 @@ Action viaStep(const std::string& op, const Fields& f) {
              static_cast<std::uint32_t>(f.integer("dot1qColl", 0, UINT32_MAX)));
          return [=](Runner& r) { r.controlPlane().evpnVlanAwareFloodVia(index, coll, source); };
       }
+      case Mpls::viaTypeEvpnEthernetSegment_:
+         return [=](Runner& r) { r.controlPlane().evpnEthernetSegmentFilterVia(index, source); };
       default: {
          auto pw = f.intf("pwInterface");
          return [=](Runner& r) { r.controlPlane().pwVia(index, pw, source); };
@@ -954,6 +959,7 @@ const std::map<std::string, OpDef>& ops() {
        {"evpnVlanFloodVia", {{"index", "source", "delete", "vlan"}, false, via}},
        {"evpnVlanAwareVia", {{"index", "source", "delete", "dot1qColl"}, false, via}},
        {"evpnVlanAwareFloodVia", {{"index", "source", "delete", "dot1qColl"}, false, via}},
+       {"evpnEthernetSegmentFilterVia", {{"index", "source", "delete"}, false, via}},
        {"pwVia", {{"index", "source", "delete", "pwInterface"}, false, via}},
        {"viaSet",
         {{"viaType", "index", "source", "delete", "vias", "setType", "backup"},
