@@ -9,6 +9,7 @@
 
 #include "Agent.h"
 #include "ControlPlane.h"
+#include "Forwarder.h"
 #include "Scenario.h"
 
 namespace sim {
@@ -48,6 +49,9 @@ class Runner {
    std::size_t checks() const { return checks_; }
    std::size_t expectations() const { return expectations_; }
 
+   // The result of the latest `packet` step.
+   ForwardResult& lastPacket() { return lastPacket_; }
+
    // Whether a trace line or a FastLog text so far contains `text`.
    bool traceSeen(const std::string& text) const;
    std::size_t traceLines() const { return traces_.size(); }
@@ -65,6 +69,7 @@ class Runner {
    std::vector<Failure> failures_;
    std::size_t checks_ = 0;
    std::size_t expectations_ = 0;
+   ForwardResult lastPacket_;
 };
 
 }  // namespace sim

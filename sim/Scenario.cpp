@@ -12,6 +12,7 @@
 
 #include "Runner.h"
 #include "ScenarioFields.h"
+#include "ScenarioPackets.h"
 #include "State.h"
 
 namespace sim {
@@ -1056,6 +1057,12 @@ const std::map<std::string, OpDef>& ops() {
          true,
          simple(expectFecRequestStep)}},
        {"expectLog", {{"name", "count"}, true, simple(expectLogStep)}},
+       {"packet",
+        {packetFields, false,
+         [](const std::string&, const Fields& f, const ScenarioConfig& c) {
+            return packetStep(f, c.forwarder);
+         }}},
+       {"expectPacket", {expectPacketFields, true, simple(expectPacketStep)}},
        {"expectTrace",
         {{"text", "seen"},
          true,
@@ -1074,7 +1081,8 @@ ScenarioConfig parseConfig(const Json* j, const std::string& file) {
    Fields f(*j, file + ": config",
             {"capacity", "answerDelay", "fecAnswerDelay", "fecForwarding", "decap", "pseudowire",
              "mplsRouting", "defaultVrfName", "toggles", "retryInterval", "decapRetryInterval",
-             "trace", "traceToStderr", "fastLog", "idleLimit"});
+             "trace", "traceToStderr", "fastLog", "idleLimit", "routerMac", "ttlMode"});
+   c.forwarder = forwarderOptionsFromConfig(f);
    if (const Json* cap = f.get("capacity")) {
       Fields cf(*cap, file + ": config.capacity",
                 {"routes", "l2Adjacencies", "fecs", "decapMappings"});

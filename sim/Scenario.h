@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "Agent.h"
+#include "Forwarder.h"
 
 namespace sim {
 
@@ -40,6 +41,8 @@ struct ScenarioConfig {
    bool fastLog = false;
    // The longest stretch of simulated time one runUntilIdle step may cover.
    double idleLimit = 60.0;
+   // The router MAC and TTL mode of the packet steps' forwarding model.
+   ForwarderOptions forwarder;
 };
 
 // One step of a scenario, validated and ready to run.

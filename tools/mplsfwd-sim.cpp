@@ -8,6 +8,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include <mplsfwd/sim/ForwardCommand.h>
 #include <mplsfwd/sim/RunCommand.h>
 #include <mplsfwd/sim/ScaleHarness.h>
 #include <mplsfwd/version.h>
@@ -41,6 +42,18 @@ int main(int argc, char** argv) {
        app.add_subcommand("run", "Run a JSON scenario and report what the library programmed");
    run->add_option("FILE", file, "Scenario file (see docs/scenario-format.md)")->required();
    run->add_flag("--json", runJson, "Print the final state as one JSON document");
+
+   sim::ForwardCommandOptions fwd;
+   auto* forward = app.add_subcommand(
+       "forward", "Replay a scenario, then forward the frames of a pcap through the chip");
+   forward->add_option("FILE", fwd.scenario, "Scenario file")->required();
+   forward->add_option("--in", fwd.in, "Input pcap (Ethernet frames)")->required();
+   forward->add_option("--out", fwd.out, "Output pcap: the frames that leave, in input order")
+       ->required();
+   forward->add_option("--report", fwd.report,
+                       "Per-frame report file, drops with their reasons (default: stdout)");
+   forward->add_option("--ingress", fwd.ingress, "Ingress port of every frame")
+       ->capture_default_str();
 
    sim::ScaleOptions scale;
    bool benchJson = false;
@@ -81,6 +94,9 @@ int main(int argc, char** argv) {
       return rc == 0 ? 0 : sim::exitBadScenario;
    }
 
+   if (*forward) {
+      return sim::forwardCommand(fwd, std::cout, std::cerr);
+   }
    if (*run) {
       return sim::runScenarioCommand(file, runJson, std::cout, std::cerr);
    }
