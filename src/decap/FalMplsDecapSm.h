@@ -19,6 +19,7 @@
 #include <mplsfwd/mpls/LfibTypes.h>
 #include <mplsfwd/mpls/RouteKey.h>
 
+#include "DecapExplanation.h"
 #include "MplsDecapHelper.h"
 #include "VlanAwareRouteSets.h"
 
@@ -118,6 +119,10 @@ class MplsDecapSm : public Kor::Entity {
    void deleteRouteFromUnprogrammed(const Mpls::RouteKey& routeKey);
    void maybeScheduleUnprogrammedReview();
    void doReviewUnprogrammed();
+
+   // Where one route stands and what holds it back, read from the state without changing it
+   // (FalMplsDecapSmExplain.cpp).
+   DecapExplanation explainRoute(const Mpls::RouteKey& routeKey) const;
 
    // What is programmed, per route.
    Mpls::LfibViaType routeViaType(const Mpls::RouteKey& k) const {
