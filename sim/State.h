@@ -37,6 +37,8 @@ struct RouteView {
    std::vector<Mpls::Hardware::L2Via> vias;
    std::uint64_t version = 0;
    std::uint64_t fecId = 0;
+   // The label action of the route's first via in the LFIB ("swap", "push", "pop"), or "".
+   std::string action;
 };
 
 // One L2 adjacency of the default VRF's configuration or status.
