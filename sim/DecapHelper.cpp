@@ -31,6 +31,7 @@ void DecapHelper::mismatch(std::string text) {
 Mpls::LfibHwProgrammingReturnCode DecapHelper::createLabelToVlanMapping(Wire::MplsLabel label,
                                                                         Bridging::VlanId vlanId,
                                                                         bool flood) {
+   ++calls_["create vlan"];
    auto rc = admit(vlan_.contains(label));
    if (rc == Mpls::lfibHwProgrammingSuccess_) {
       vlan_[label] = VlanMapping{vlanId, flood};
@@ -40,6 +41,7 @@ Mpls::LfibHwProgrammingReturnCode DecapHelper::createLabelToVlanMapping(Wire::Mp
 
 void DecapHelper::deleteLabelToVlanMapping(Wire::MplsLabel label, Bridging::VlanId vlanId,
                                            bool flood) {
+   ++calls_["delete vlan"];
    ++deletes_;
    auto it = vlan_.find(label);
    if (it == vlan_.end()) {
@@ -56,6 +58,7 @@ void DecapHelper::deleteLabelToVlanMapping(Wire::MplsLabel label, Bridging::Vlan
 
 Mpls::LfibHwProgrammingReturnCode DecapHelper::createLabelDot1qToVlanMapping(
     Wire::MplsLabel label, Bridging::VlanId dot1qTag, Bridging::VlanIdOrNone vlanId, bool flood) {
+   ++calls_["create dot1q"];
    Dot1qKey key(label, dot1qTag);
    auto rc = admit(dot1q_.contains(key));
    if (rc == Mpls::lfibHwProgrammingSuccess_) {
@@ -66,6 +69,7 @@ Mpls::LfibHwProgrammingReturnCode DecapHelper::createLabelDot1qToVlanMapping(
 
 void DecapHelper::deleteLabelDot1qToVlanMapping(Wire::MplsLabel label, Bridging::VlanId dot1qTag,
                                                 bool flood) {
+   ++calls_["delete dot1q"];
    ++deletes_;
    auto it = dot1q_.find(Dot1qKey(label, dot1qTag));
    if (it == dot1q_.end()) {
@@ -82,6 +86,7 @@ void DecapHelper::deleteLabelDot1qToVlanMapping(Wire::MplsLabel label, Bridging:
 
 Mpls::LfibHwProgrammingReturnCode DecapHelper::createLabelToVrfMapping(
     Wire::MplsLabel label, L3::VrfName vrfName, Mpls::PayloadType payloadType) {
+   ++calls_["create vrf"];
    auto rc = admit(vrf_.contains(label));
    if (rc == Mpls::lfibHwProgrammingSuccess_) {
       vrf_[label] = VrfMapping{std::move(vrfName), payloadType};
@@ -91,6 +96,7 @@ Mpls::LfibHwProgrammingReturnCode DecapHelper::createLabelToVrfMapping(
 
 void DecapHelper::deleteLabelToVrfMapping(Wire::MplsLabel label, L3::VrfName vrfName,
                                           Mpls::PayloadType payloadType) {
+   ++calls_["delete vrf"];
    ++deletes_;
    auto it = vrf_.find(label);
    if (it == vrf_.end()) {

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include <mplsfwd/decap/MplsDecapHelperWithDot1qMap.h>
+#include <mplsfwd/kor/AttrOps.h>
 #include <mplsfwd/kor/Collections.h>
 
 namespace sim {
@@ -80,6 +81,8 @@ class DecapHelper : public FalHelper::MplsDecapHelperWithDot1qMap {
    std::uint64_t deletes() const { return deletes_; }
    std::uint64_t refusals() const { return refusals_; }
    std::uint64_t mismatchedDeletes() const { return mismatchedDeletes_; }
+   // Calls by operation and kind: "create vrf", "delete vlan", "create dot1q", ...
+   std::uint64_t calls(const std::string& what) const { return Kor::mapValueOr(calls_, what); }
    // Texts of the mismatched deletes, oldest first (at most 16 kept).
    const std::vector<std::string>& mismatches() const { return mismatchTexts_; }
 
@@ -90,6 +93,7 @@ class DecapHelper : public FalHelper::MplsDecapHelperWithDot1qMap {
    Kor::OrderedMap<Wire::MplsLabel, VrfMapping> vrf_;
    Kor::OrderedMap<Wire::MplsLabel, VlanMapping> vlan_;
    Kor::OrderedMap<Dot1qKey, Dot1qMapping> dot1q_;
+   Kor::OrderedMap<std::string, std::uint64_t> calls_;
    std::size_t capacity_ = unlimited();
    std::size_t refuse_ = 0;
    Mpls::LfibHwProgrammingReturnCode refuseRc_ = Mpls::lfibHwProgrammingResourceFull_;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iomanip>
+#include <optional>
 #include <sstream>
 
 namespace sim {
@@ -34,8 +35,10 @@ class Table {
    Table(std::string title, std::vector<std::string> header)
        : title_(std::move(title)), header_(std::move(header)) {}
    void row(std::vector<std::string> cells) { rows_.push_back(std::move(cells)); }
+   // The count shown in the title, when rows continue items over several lines.
+   void itemsIs(std::size_t n) { items_ = n; }
    void write(std::ostream& os) const {
-      os << title_ << " (" << rows_.size() << ")\n";
+      os << title_ << " (" << (items_ ? *items_ : rows_.size()) << ")\n";
       if (rows_.empty()) {
          os << "  none\n\n";
          return;
@@ -75,7 +78,33 @@ class Table {
    std::string title_;
    std::vector<std::string> header_;
    std::vector<std::vector<std::string>> rows_;
+   std::optional<std::size_t> items_;
 };
+
+// One row per route, then one more per further ECMP via (the route's columns left blank).
+void writeRouteRows(std::ostream& os, const State& s) {
+   Table routes("Transit routes",
+                {"label", "state", "reason", "action", "path", "l2adj", "version", "vias"});
+   for (const auto& r : s.routes) {
+      std::vector<std::string> vias;
+      for (const auto& v : r.vias) {
+         vias.push_back(viaLine(v));
+      }
+      if (r.path == "fec") {
+         vias = {"fec " + std::to_string(r.fecId)};
+      }
+      routes.row({str(r.key.topLabel()), std::string(routeStateName(r.state)),
+                  r.reason.empty() ? "-" : r.reason, r.action.empty() ? "-" : r.action,
+                  r.path.empty() ? "-" : r.path,
+                  r.l2Adjacency ? std::to_string(*r.l2Adjacency) : "-", std::to_string(r.version),
+                  vias.empty() ? "-" : vias.front()});
+      for (std::size_t i = 1; i < vias.size(); ++i) {
+         routes.row({"", "", "", "", "", "", "", vias[i]});
+      }
+   }
+   routes.itemsIs(s.routes.size());
+   routes.write(os);
+}
 
 }  // namespace
 
@@ -106,6 +135,7 @@ Json toJson(const State& s) {
               {"reason", r.reason.empty() ? Json() : Json(r.reason)},
               {"path", r.path.empty() ? Json() : Json(r.path)},
               {"version", r.version},
+              {"action", r.action.empty() ? Json() : Json(r.action)},
               {"vias", vias}};
       jr["l2Adjacency"] = r.l2Adjacency ? Json(*r.l2Adjacency) : Json();
       if (r.path == "fec") {
@@ -222,21 +252,7 @@ void Report::writeText(std::ostream& os) const {
    os << "Simulated time " << s.time << " s, " << sc.steps.size() << " steps, " << s.restarts
       << " restarts, " << s.lfibRoutes << " LFIB routes\n\n";
 
-   Table routes("Transit routes", {"label", "state", "reason", "path", "l2adj", "version", "vias"});
-   for (const auto& r : s.routes) {
-      std::string vias;
-      for (const auto& v : r.vias) {
-         vias += (vias.empty() ? "" : "; ") + viaLine(v);
-      }
-      if (r.path == "fec") {
-         vias = "fec " + std::to_string(r.fecId);
-      }
-      routes.row({str(r.key.topLabel()), std::string(routeStateName(r.state)),
-                  r.reason.empty() ? "-" : r.reason, r.path.empty() ? "-" : r.path,
-                  r.l2Adjacency ? std::to_string(*r.l2Adjacency) : "-", std::to_string(r.version),
-                  vias.empty() ? "-" : vias});
-   }
-   routes.write(os);
+   writeRouteRows(os, s);
 
    Table adjs("L2 adjacencies", {"index", "count", "programmed", "reason", "routes", "vias"});
    for (const auto& a : s.adjacencies) {

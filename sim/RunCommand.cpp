@@ -3,10 +3,14 @@
 #include "Report.h"
 #include "Runner.h"
 #include "Scenario.h"
+#include "Timeline.h"
+
+#include <memory>
 
 namespace sim {
 
-int runScenarioCommand(const std::string& file, bool json, std::ostream& out, std::ostream& err) {
+int runScenarioCommand(const std::string& file, bool json, std::ostream& out, std::ostream& err,
+                       const std::string& timeline) {
    Scenario scenario;
    try {
       scenario = Scenario::load(file);
@@ -15,11 +19,22 @@ int runScenarioCommand(const std::string& file, bool json, std::ostream& out, st
       return exitBadScenario;
    }
    Runner runner(scenario);
+   std::unique_ptr<Timeline> recorder;
+   if (!timeline.empty()) {
+      recorder = std::make_unique<Timeline>(runner.agent());
+   }
    try {
       runner.run();
    } catch (const std::exception& e) {
       err << "mplsfwd-sim: " << file << ": error while running: " << e.what() << "\n";
       return exitRunError;
+   }
+   if (recorder) {
+      recorder->sample();
+      if (!recorder->writeFile(timeline)) {
+         err << "mplsfwd-sim: cannot write the timeline to " << timeline << "\n";
+         return exitBadScenario;
+      }
    }
    Report report(runner, snapshot(runner.agent()));
    if (json) {

@@ -1,26 +1,36 @@
 #include "Runner.h"
 
+#include <cstdio>
+
 #include <mplsfwd/log/FastLog.h>
 #include <mplsfwd/log/ToggleService.h>
 #include <mplsfwd/log/TraceConfig.h>
 
 namespace sim {
 
-// Keeps every enabled trace line for the expectations, and echoes it to standard error when asked.
+// Keeps every enabled trace line for the expectations, stamped with the simulated time, and
+// echoes it with its time to standard error when asked.
 class Runner::TeeTraceSink : public Log::TraceSink {
  public:
-   TeeTraceSink(Log::MemoryTraceSink& memory, bool echo) : memory_(memory), echo_(echo) {}
+   TeeTraceSink(Runner& runner, bool echo) : runner_(runner), echo_(echo) {}
    void onTrace(const Log::TraceRecord& record) override {
-      memory_.onTrace(record);
+      runner_.traces_.onTrace(record);
+      double t = runner_.now();
+      runner_.timed_.push_back({t, std::string(record.handle) + "/" + std::to_string(record.level),
+                                std::string(record.text)});
       if (echo_) {
-         Log::TraceSink::standardError().onTrace(record);
+         std::fprintf(stderr, "[%.6f] %s\n", t, Log::StderrTraceSink::lineText(record).c_str());
       }
    }
 
  private:
-   Log::MemoryTraceSink& memory_;
+   Runner& runner_;
    bool echo_;
 };
+
+double Runner::now() const {
+   return agent_ ? agent_->now() : 0.0;
+}
 
 Runner::Runner(const Scenario& scenario) : scenario_(scenario) {
    const ScenarioConfig& c = scenario_.config;
@@ -32,10 +42,13 @@ Runner::Runner(const Scenario& scenario) : scenario_(scenario) {
    if (!c.trace.empty()) {
       Log::TraceConfig::configIs(c.trace);
    }
-   tee_ = std::make_unique<TeeTraceSink>(traces_, c.traceToStderr || c.trace.empty());
+   tee_ = std::make_unique<TeeTraceSink>(*this, c.traceToStderr || c.trace.empty());
    traceScope_ = std::make_unique<Log::TraceSinkScope>(*tee_);
    Log::FastLog::instance().clear();
    Log::FastLog::instance().enabledIs(c.fastLog);
+   Log::FastLog::instance().listenerIs([this](std::string_view text) {
+      timed_.push_back({now(), "FastLog", std::string(text)});
+   });
 
    agent_ = std::make_unique<Agent>(c.agent);
    controlPlane_ = std::make_unique<ControlPlane>(*agent_);
@@ -64,14 +77,18 @@ Runner::~Runner() {
       Log::TraceConfig::reloadFromEnvironment();
    }
    Log::FastLog::instance().enabledIs(false);
+   Log::FastLog::instance().listenerIs(nullptr);
    Log::FastLog::instance().clear();
    for (const auto& [name, on] : scenario_.config.toggles) {
       Log::ToggleService::toggleDel(name);
    }
 }
 
-void Runner::run() {
+void Runner::run(std::size_t lastStep) {
    for (const auto& step : scenario_.steps) {
+      if (step.number > lastStep) {
+         break;
+      }
       current_ = &step;
       if (step.expectation) {
          ++expectations_;

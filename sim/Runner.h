@@ -35,7 +35,8 @@ class Runner {
    Runner(const Runner&) = delete;
    Runner& operator=(const Runner&) = delete;
 
-   void run();
+   // Runs the steps in order, up to and including step `lastStep` (1-based; all by default).
+   void run(std::size_t lastStep = static_cast<std::size_t>(-1));
 
    const Scenario& scenario() const { return scenario_; }
    Agent& agent() { return *agent_; }
@@ -56,13 +57,25 @@ class Runner {
    bool traceSeen(const std::string& text) const;
    std::size_t traceLines() const { return traces_.size(); }
 
+   // Every trace line and FastLog text of the run, in order, with the simulated time it was
+   // written at; `source` is the handle and level ("MplsSm/5") or "FastLog".
+   struct TimedLine {
+      double time = 0.0;
+      std::string source;
+      std::string text;
+   };
+   const std::vector<TimedLine>& timedLines() const { return timed_; }
+
  private:
    class TeeTraceSink;
 
    const Scenario& scenario_;
    std::unique_ptr<Agent> agent_;
    std::unique_ptr<ControlPlane> controlPlane_;
+   double now() const;
+
    Log::MemoryTraceSink traces_;
+   std::vector<TimedLine> timed_;
    std::unique_ptr<TeeTraceSink> tee_;
    std::unique_ptr<Log::TraceSinkScope> traceScope_;
    const Step* current_ = nullptr;

@@ -1,5 +1,7 @@
 #include "ScaleHarness.h"
 
+#include "Timeline.h"
+
 #include <algorithm>
 #include <chrono>
 #include <cmath>
@@ -267,6 +269,11 @@ ScaleResult ScaleHarness::run(const Progress& progress) {
    publishNeighbors();
    loop.runFor(0.01);
 
+   // Rows at most every millisecond: the counts are read after every pass.
+   std::unique_ptr<Timeline> timeline;
+   if (!options_.timeline.empty()) {
+      timeline = std::make_unique<Timeline>(*agent_, 0.001);
+   }
    const std::size_t memBefore = residentBytes();
    const auto start = std::chrono::steady_clock::now();
    publishLfib(progress);
@@ -297,6 +304,11 @@ ScaleResult ScaleHarness::run(const Progress& progress) {
                             static_cast<double>(std::max<std::size_t>(1, total)),
                   "programming");
       }
+   }
+   if (timeline) {
+      timeline->sample();
+      r.timelineWritten = timeline->writeFile(options_.timeline);
+      timeline.reset();
    }
    const std::size_t memAfter = residentBytes();
    if (total > 0 && memAfter > memBefore) {

@@ -26,6 +26,8 @@ struct ScaleOptions {
    bool inPlaceUpdate = false;
    // Give up when convergence takes longer than this, in seconds of real time.
    double timeout = 900.0;
+   // Where to write the timeline of the convergence (Timeline.h, real time); "" for none.
+   std::string timeline;
 };
 
 // What one run measured. Times are real (monotonic) time.
@@ -60,6 +62,7 @@ struct ScaleResult {
    std::uint64_t macChangeRouteWrites = 0;
    std::uint64_t macChangeAdjacencyWrites = 0;
    std::size_t l2Adjacencies = 0;
+   bool timelineWritten = false;
 
    nlohmann::json json() const;
    std::string text() const;

@@ -1,6 +1,7 @@
 // Parsing of scenario files: every step is checked and turned into a ready-to-run action before
 // anything runs.
 #include "Scenario.h"
+#include "ScenarioObservations.h"
 
 #include <fstream>
 #include <map>
@@ -1063,6 +1064,15 @@ const std::map<std::string, OpDef>& ops() {
             return packetStep(f, c.forwarder);
          }}},
        {"expectPacket", {expectPacketFields, true, simple(expectPacketStep)}},
+       {"expectExplain", {{"label", "cause"}, true, simple(expectExplainStep)}},
+       {"expectHelperCalls", {{"call", "count"}, true, simple(expectHelperCallsStep)}},
+       {"expectDecapMismatchedDeletes",
+        {{"count"}, true, simple(expectDecapMismatchedDeletesStep)}},
+       {"expectFecContents",
+        {{"table", "nextHop", "interface", "labels", "action", "internalVlan", "present"},
+         true,
+         simple(expectFecContentsStep)}},
+       {"expectMplsIpStatus", {{"label", "present"}, true, simple(expectMplsIpStatusStep)}},
        {"expectTrace",
         {{"text", "seen"},
          true,

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "Explain.h"
+
 namespace sim {
 
 std::string_view routeStateName(RouteState state) {
@@ -57,6 +59,7 @@ void adjacencyInto(RouteView& v, const Fal::L2AdjacencyPtr& adj) {
 RouteView routeView(const Agent& agent, const Mpls::RouteKey& key) {
    RouteView v;
    v.key = key;
+   v.action = labelActionOf(agent, key);
    auto config = agent.defaultVrfConfig();
    auto status = agent.defaultVrfStatus();
    const auto& helper = *agent.routeHelper();
@@ -100,6 +103,7 @@ RouteView routeView(const Agent& agent, const Mpls::RouteKey& key) {
       return v;
    }
    v.state = RouteState::absent;
+   v.reason = blockingCause(agent, key);  // what holds it back
    return v;
 }
 

@@ -41,6 +41,8 @@ struct RouteView {
    std::uint64_t configuredVersion = 0;
    std::optional<std::uint64_t> answeredVersion;
    std::uint64_t fecId = 0;
+   // The label action of the route's first via in the LFIB ("swap", "push", "pop"), or "".
+   std::string action;
 };
 
 // One L2 adjacency of the default VRF's configuration or status.

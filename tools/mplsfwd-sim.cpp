@@ -4,11 +4,13 @@
 
 #include <cstdio>
 #include <iostream>
+#include <optional>
 #include <string>
 
 #include <CLI/CLI.hpp>
 
 #include <mplsfwd/sim/ForwardCommand.h>
+#include <mplsfwd/sim/Explain.h>
 #include <mplsfwd/sim/RunCommand.h>
 #include <mplsfwd/sim/ScaleHarness.h>
 #include <mplsfwd/version.h>
@@ -42,6 +44,20 @@ int main(int argc, char** argv) {
        app.add_subcommand("run", "Run a JSON scenario and report what the library programmed");
    run->add_option("FILE", file, "Scenario file (see docs/scenario-format.md)")->required();
    run->add_flag("--json", runJson, "Print the final state as one JSON document");
+   std::string runTimeline;
+   run->add_option("--timeline", runTimeline,
+                   "Write the counts of the hardware at every change to this CSV file");
+
+   std::string explainFile;
+   std::uint64_t explainLabel = 0;
+   std::optional<std::size_t> afterStep;
+   bool explainJson = false;
+   auto* explain = app.add_subcommand(
+       "explain", "Run a scenario and say where one label stands and what holds it back");
+   explain->add_option("FILE", explainFile, "Scenario file")->required();
+   explain->add_option("--label", explainLabel, "The route's label (0..1048575)")->required();
+   explain->add_option("--after-step", afterStep, "Stop after this step (1-based)");
+   explain->add_flag("--json", explainJson, "Print the answer as one JSON document");
 
    sim::ForwardCommandOptions fwd;
    auto* forward = app.add_subcommand(
@@ -71,12 +87,14 @@ int main(int argc, char** argv) {
    bench->add_option("--timeout", scale.timeout, "Give up after this many seconds")
        ->capture_default_str();
    bench->add_flag("--json", benchJson, "Print one JSON object");
+   bench->add_option("--timeline", scale.timeline,
+                     "Write the convergence timeline (real time) to this CSV file");
 
    // A first word that is no option and no command: name the commands there are.
    if (argc > 1 && argv[1][0] != '-') {
       std::string known;
       bool found = false;
-      for (const CLI::App* command : {run, bench}) {
+      for (const CLI::App* command : {run, explain, forward, bench}) {
          found = found || command->get_name() == argv[1];
          known += (known.empty() ? "" : ", ") + command->get_name();
       }
@@ -98,7 +116,11 @@ int main(int argc, char** argv) {
       return sim::forwardCommand(fwd, std::cout, std::cerr);
    }
    if (*run) {
-      return sim::runScenarioCommand(file, runJson, std::cout, std::cerr);
+      return sim::runScenarioCommand(file, runJson, std::cout, std::cerr, runTimeline);
+   }
+   if (*explain) {
+      return sim::explainCommand(explainFile, explainLabel, afterStep, explainJson, std::cout,
+                                 std::cerr);
    }
    try {
       sim::ScaleHarness::validate(scale);
@@ -112,6 +134,9 @@ int main(int argc, char** argv) {
       progress = drawProgress;
    }
    sim::ScaleResult result = harness.run(progress);
+   if (!scale.timeline.empty() && !result.timelineWritten) {
+      std::cerr << "mplsfwd-sim bench: cannot write the timeline to " << scale.timeline << "\n";
+   }
    if (benchJson) {
       std::cout << result.json().dump() << "\n";
    } else {

@@ -19,6 +19,7 @@
 #include <mplsfwd/mpls/LfibTypes.h>
 #include <mplsfwd/mpls/RouteKey.h>
 
+#include "DecapExplanation.h"
 #include "MplsDecapHelper.h"
 #include "VlanAwareRouteSets.h"
 
@@ -123,6 +124,9 @@ class MplsDecapSm : public Kor::Entity {
    // this machine does not program, and leaves the others as they are.
    void reconcileHelper();
    bool helperReconciled() const { return helperReconciled_; }
+   // Where one route stands and what holds it back, read from the state without changing it
+   // (FalMplsDecapSmExplain.cpp).
+   DecapExplanation explainRoute(const Mpls::RouteKey& routeKey) const;
 
    // What is programmed, per route.
    Mpls::LfibViaType routeViaType(const Mpls::RouteKey& k) const {

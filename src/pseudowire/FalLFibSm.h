@@ -23,6 +23,7 @@
 #include <mplsfwd/wire/IntfId.h>
 #include <mplsfwd/wire/MplsLabel.h>
 
+#include "PwExplanation.h"
 #include "PwIntfIdToFecIdCollection.h"
 
 namespace Fal {
@@ -128,6 +129,10 @@ class LFibSm : public Kor::PtrInterface {
    Memtab::Fib::FecId getOrAllocateDecapFecId(Wire::MplsLabel label);
    // Returns a decap FEC id to the allocator; no request or answer may be left for it.
    void freeDecapFecId(Memtab::Fib::FecId fecId);
+
+   // Where one route stands and what holds it back, read from the state without changing it
+   // (FalLFibSmExplain.cpp).
+   PwExplanation explainRoute(const Mpls::RouteKey& routeKey) const;
 
  private:
    class MplsStatusReactor;

@@ -31,6 +31,7 @@
 #include "AdjacencyObjects.h"
 #include "CachedLFibMplsViaColl.h"
 #include "L3AdjLFibAdjType.h"
+#include "RouteExplanation.h"
 #include "VrfMplsState.h"
 
 namespace Fal {
@@ -254,6 +255,10 @@ class MplsSm : public Kor::Entity {
    void processL2AdjPendingDelete(VrfMplsState& vrf, std::uint64_t index);
    void doDeleteL2Adj(VrfMplsState& vrf, std::uint64_t index);
 
+   // Where one route stands and what holds it back, read from the state without changing it
+   // (FalMplsSmExplain.cpp). Nothing is kept for it between calls.
+   TransitExplanation explainRoute(const Mpls::RouteKey& routeKey) const;
+
  private:
    class MplsStatusReactor;
    class RoutingInfoReactor;
@@ -288,7 +293,13 @@ class MplsSm : public Kor::Entity {
    void refreshDefaultVrfId();
    void acceptRoute(VrfMplsState& vrf, const Mpls::RouteKey& routeKey);
    bool vrfKnown(const L3::VrfName& vrf) const;
-   bool checkMplsIpLFibVias(const Mpls::LfibViaSet& viaSet, CachedLFibMplsViaColl* cache) const;
+   bool checkMplsIpLFibVias(const Mpls::LfibViaSet& viaSet, CachedLFibMplsViaColl* cache,
+                            ViaSetRule* rule = nullptr) const;
+   Mpls::LfibExtFecVia checkExtFecVia(const Mpls::LfibViaSetKey& key, ViaSetRule* rule) const;
+   void explainVias(TransitExplanation& e, const Mpls::LfibViaSet& viaSet) const;
+   ViaSetRule explainViaSetRule(const Mpls::LfibViaSet& viaSet) const;
+   void explainHardware(TransitExplanation& e, const VrfMplsState& vrf,
+                        const MplsRoute& route) const;
 
    Kor::Ptr<const Mpls::Status> mplsStatus_;
    Kor::Ptr<const Mpls::RoutingInfo> mplsRoutingInfo_;

@@ -27,6 +27,10 @@ bool MplsSm::routeSupported(const Mpls::LfibRoute& lfibRoute) const {
 
 void MplsSm::handleLFibRoute(const Mpls::RouteKey& routeKey) {
    const L3::VrfName& vrf = defaultVrf();
+   if (!vrfKnown(vrf)) {
+      SM_TRACE(5, "Vrf name has not been added yet");
+      return;
+   }
    if (!platformRoutingEnabled(vrf)) {
       SM_TRACE(5, "mplsRouting disable in vrf " << vrf);
       return;

@@ -8,6 +8,16 @@
 
 #include "MplsSmTrace.h"
 
+// A rejection: recorded in `rule` when the caller only asks, traced otherwise.
+#define SM_REJECT(which, expr)      \
+   do {                             \
+      if (rule) {                   \
+         *rule = ViaSetRule::which; \
+      } else {                      \
+         SM_DECISION(1, expr);      \
+      }                             \
+   } while (false)
+
 namespace Fal {
 
 namespace {
@@ -62,6 +72,11 @@ void MplsSm::handleLFibViaSetHelper(const Mpls::LfibViaSetKey& key, bool delFrom
    // While a VRF state still exists (routing was switched off and its routes are draining, or it
    // is already back on) the change is taken up: dropped here it would be lost for good if routing
    // returns before the state is gone, as nothing walks the via sets again then.
+   if (!vrfKnown(vrfName)) {
+      // Not a routing switch: the platform's confirmation cannot be read before the VRF is named.
+      SM_TRACE(1, "Vrf name has not been added yet; Not processing viaSet");
+      return;
+   }
    if (!platformRoutingEnabled(vrfName) || (!controlPlaneRouting() && !mplsState(vrfName))) {
       SM_TRACE(1, "mplsRouting disabled in vrf " << vrfName << "; Not processing viaSet");
       return;
@@ -249,64 +264,68 @@ Kor::Ptr<const CachedLFibMplsViaColl> MplsSm::getSaneMplsIpLFibVias(
    return cache;
 }
 
-bool MplsSm::checkMplsIpLFibVias(const Mpls::LfibViaSet& viaSet,
-                                 CachedLFibMplsViaColl* cache) const {
+bool MplsSm::checkMplsIpLFibVias(const Mpls::LfibViaSet& viaSet, CachedLFibMplsViaColl* cache,
+                                 ViaSetRule* rule) const {
    bool sawNhg = false;
    bool sawTunnel = false;
    bool sawRegular = false;
    // Every processed route asks this of its via set, so the vias are read in place, not copied.
    const Mpls::LfibMplsVia* firstTunnel = nullptr;
+   // With `rule`, the check only answers (for explainRoute): nothing is traced.
    auto reject = [&](const Mpls::LfibMplsVia& via) {
-      SM_TRACE(1, "Unsupported lFib Adj " << via);
+      if (!rule) {
+         SM_TRACE(1, "Unsupported lFib Adj " << via);
+      }
       return false;
    };
    for (std::uint32_t position = 0; position < viaSet.vias(); ++position) {
       Mpls::LfibViaIndexRange index(position);
       const Mpls::LfibViaKey& viaKey = viaSet.via(index);
       if (viaKey.viaType() != Mpls::viaTypeMplsIp_) {
-         SM_DECISION(1, "Via " << position << " ViaType " << viaKey.viaType() << " is not mplsIp");
+         SM_REJECT(viaNotMplsIp,
+                   "Via " << position << " ViaType " << viaKey.viaType() << " is not mplsIp");
          return reject(Mpls::LfibMplsVia());
       }
       const Mpls::LfibMplsVia* found = transitLfib_->mplsViaPtr(viaKey);
       if (!found || *found == Mpls::LfibMplsVia()) {
-         SM_DECISION(1,
-                     "LfibMplsVia index " << position << ", source " << viaKey << " was not found");
+         SM_REJECT(viaNotFound,
+                   "LfibMplsVia index " << position << ", source " << viaKey << " was not found");
          return reject(Mpls::LfibMplsVia());
       }
       const Mpls::LfibMplsVia& via = *found;
       if (via.labelStack().stackSize() > 1) {
-         SM_DECISION(1, "Vias with more than one label is not supported");
+         SM_REJECT(moreThanOneLabel, "Vias with more than one label is not supported");
          return reject(via);
       }
       ViaKind kind = viaKind(via.intf());
       if ((kind == ViaKind::nexthopGroup && sawTunnel) ||
           (kind == ViaKind::dynamicTunnel && sawNhg)) {
-         SM_DECISION(1, "Mix of dynamic tunnel and NHG via is not supported");
+         SM_REJECT(mixOfDynamicTunnelAndNhg, "Mix of dynamic tunnel and NHG via is not supported");
          return reject(via);
       }
       bool tunnel = kind != ViaKind::regular;
       if ((tunnel && sawRegular) || (!tunnel && (sawNhg || sawTunnel))) {
-         SM_DECISION(1, "Mix of tunnel and non-tunnel via is not supported");
+         SM_REJECT(mixOfTunnelAndNonTunnel, "Mix of tunnel and non-tunnel via is not supported");
          return reject(via);
       }
       if (kind == ViaKind::nexthopGroup && sawNhg) {
-         SM_DECISION(1, "Only one NHG via is supported now");
+         SM_REJECT(moreThanOneNhg, "Only one NHG via is supported now");
          return reject(via);
       }
       if (kind == ViaKind::dynamicTunnel) {
          if (!firstTunnel) {
             firstTunnel = &via;
          } else if (via.labelAction() != firstTunnel->labelAction()) {
-            SM_DECISION(1,
-                        "Adjacencies of dynamic tunnel should have the samelabel action. The "
-                        "conflicting labelActions are: "
-                            << firstTunnel->labelAction() << " and " << via.labelAction());
+            SM_REJECT(tunnelLabelActionsDiffer,
+                      "Adjacencies of dynamic tunnel should have the samelabel action. The "
+                      "conflicting labelActions are: "
+                          << firstTunnel->labelAction() << " and " << via.labelAction());
             return reject(via);
          } else if (via.payloadType() != firstTunnel->payloadType()) {
-            SM_DECISION(1,
-                        "Adjacencies of dynamic tunnel should have the samepayloadTypes. The "
-                        "conflicting payloadTypes are: "
-                            << firstTunnel->payloadType() << " and " << via.payloadType());
+            SM_REJECT(tunnelPayloadTypesDiffer,
+                      "Adjacencies of dynamic tunnel should have the samepayloadTypes. The "
+                      "conflicting payloadTypes are: "
+                          << firstTunnel->payloadType() << " and " << via.payloadType());
             return reject(via);
          }
       }
@@ -401,38 +420,45 @@ bool MplsSm::shouldProcessAdjAsExtFec(const Mpls::LfibViaSetKey& key,
 
 Mpls::LfibExtFecVia MplsSm::getAndValidateExtFecVia(VrfMplsState&,
                                                     const Mpls::LfibViaSetKey& key) const {
+   return checkExtFecVia(key, nullptr);
+}
+
+Mpls::LfibExtFecVia MplsSm::checkExtFecVia(const Mpls::LfibViaSetKey& key, ViaSetRule* rule) const {
    FAL_ASSERT(key.viaType() == Mpls::viaTypeExternalFec_,
               "lFibViaSetKey.viaType() == Mpls::viaTypeExternalFec_");
    const Mpls::LfibViaSet* viaSet = transitLfib_->viaSetPtr(key);
    if (!viaSet) {
-      SM_DECISION(1,
-                  "lFib viaSet idx " << key.index() << " viaType " << key.viaType() << " deleted");
+      SM_REJECT(viaSetDeleted,
+                "lFib viaSet idx " << key.index() << " viaType " << key.viaType() << " deleted");
       return {};
    }
    if (!forwardingIntoExternalFecsSupported()) {
-      SM_DECISION(1, "External FEC not supported on this platform; skipping l3 adj");
+      SM_REJECT(extFecNotSupported, "External FEC not supported on this platform; skipping l3 adj");
       return {};
    }
    if (viaSet->vias() != 1) {
-      SM_DECISION(1, "lFib viaSet " << key << " has " << viaSet->vias()
+      SM_REJECT(extFecViaCount, "lFib viaSet "
+                                    << key << " has " << viaSet->vias()
                                     << " vias, but should only have one; skipping l3 adj");
       return {};
    }
    const Mpls::LfibViaKey& viaKey = viaSet->via(Mpls::LfibViaIndexRange(0));
    if (viaKey.viaType() != Mpls::viaTypeExternalFec_) {
-      SM_DECISION(1, "lFib via idx " << viaKey.index() << " is viaType " << viaKey.viaType()
-                                     << " instead of externalFec; skipping l3 adj");
+      SM_REJECT(extFecViaNotExtFec, "lFib via idx " << viaKey.index() << " is viaType "
+                                                    << viaKey.viaType()
+                                                    << " instead of externalFec; skipping l3 adj");
       return {};
    }
    Mpls::LfibExtFecVia via = transitLfib_->extFecVia(viaKey);
    if (via == Mpls::LfibExtFecVia()) {
-      SM_DECISION(1, "lFib via idx " << viaKey.index() << " not found; skipping l3 adj");
+      SM_REJECT(extFecViaNotFound,
+                "lFib via idx " << viaKey.index() << " not found; skipping l3 adj");
       return {};
    }
    // An id with a type past the FIB's bound is as unusable as a zero one.
    if (!via.fecId().isValid() || !via.fecId().adjTypeInRange()) {
-      SM_DECISION(
-          1, "lFib via idx " << viaKey.index() << " has invalid external FecId; skipping l3 adj");
+      SM_REJECT(extFecIdInvalid, "lFib via idx " << viaKey.index()
+                                                 << " has invalid external FecId; skipping l3 adj");
       return {};
    }
    return via;

@@ -27,6 +27,9 @@ void FastLog::add(std::string_view text) {
       ++size_;
    }
    ++added_;
+   if (listener_) {
+      listener_(text);
+   }
 }
 
 void FastLog::clear() {

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <sstream>
 #include <string>
 #include <string_view>
@@ -57,6 +58,10 @@ class FastLog {
       }
    }
 
+   // Called with every text added, after it is held: an observer (the simulator) stamps it with
+   // its time. Empty by default.
+   void listenerIs(std::function<void(std::string_view)> f) { listener_ = std::move(f); }
+
    // The process ring.
    static FastLog& instance();
 
@@ -67,6 +72,7 @@ class FastLog {
    std::size_t size_ = 0;
    std::uint64_t added_ = 0;
    bool enabled_;
+   std::function<void(std::string_view)> listener_;
 };
 
 }  // namespace Log

@@ -178,9 +178,15 @@ EventLoop::Step EventLoop::step(double horizon) {
       s.time = never();
       --armed_;
       fire(e.slot);
+      if (afterStep_) {
+         afterStep_();
+      }
       return Step::fired;
    }
    if (scheduler_->runOne()) {
+      if (afterStep_) {
+         afterStep_();
+      }
       return Step::ran;
    }
    dropStaleTop();

@@ -3,6 +3,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <limits>
 #include <vector>
 
@@ -75,6 +76,10 @@ class EventLoop : public Kor::PtrInterface, public Kor::TimeSource {
 
    // The earliest pending wake-up, never() when nothing is armed.
    double nextWakeUp() const;
+
+   // Called after every wake-up fired and every task run, so that an observer (a timeline) sees
+   // each change as it happens; empty by default.
+   void afterStepIs(std::function<void()> f) { afterStep_ = std::move(f); }
    std::size_t armedWakeUps() const { return armed_; }
 
    // Kor::TimeSource.
@@ -132,6 +137,7 @@ class EventLoop : public Kor::PtrInterface, public Kor::TimeSource {
    std::vector<Slot> slots_;
    std::vector<std::uint32_t> freeSlots_;
    mutable std::vector<Entry> heap_;
+   std::function<void()> afterStep_;
    std::uint64_t nextOrder_ = 0;
    std::size_t armed_ = 0;
    Kor::HashMap<const Kor::Clock*, std::uint32_t> clockSlot_;
