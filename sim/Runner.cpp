@@ -1,5 +1,7 @@
 #include "Runner.h"
 
+#include <sstream>
+
 #include <mplsfwd/log/FastLog.h>
 #include <mplsfwd/log/ToggleService.h>
 #include <mplsfwd/log/TraceConfig.h>
@@ -71,8 +73,16 @@ Runner::~Runner() {
 }
 
 void Runner::run() {
+   const double budget = scenario_.simulatedTimeBudget();
    for (const auto& step : scenario_.steps) {
       current_ = &step;
+      if (step.seconds > 0 && agent_->now() + step.seconds > budget) {
+         std::ostringstream os;
+         os << "work budget: this step would take simulated time to "
+            << agent_->now() + step.seconds << " s, past " << budget << " s (" << kMaxRetryPasses
+            << " times the shortest retry interval, " << scenario_.shortestRetryInterval() << " s)";
+         throw BudgetExceeded(os.str());
+      }
       if (step.expectation) {
          ++expectations_;
       }
@@ -88,8 +98,9 @@ void Runner::check(bool ok, const std::string& what, const std::string& expected
       return;
    }
    Failure f;
-   f.step = current_ ? current_->number : 0;
-   f.stepText = current_ ? current_->text : "";
+   const Step* step = current_.load();
+   f.step = step ? step->number : 0;
+   f.stepText = step ? step->text : "";
    f.what = what;
    f.expected = expected;
    f.found = found;

@@ -39,21 +39,41 @@ int main(int argc, char** argv) {
        app.add_subcommand("run", "Run a JSON scenario and report what the library programmed");
    run->add_option("FILE", file, "Scenario file (see docs/scenario-format.md)")->required();
    run->add_flag("--json", runJson, "Print the final state as one JSON document");
+   double maxWall = sim::kDefaultMaxWallSeconds;
+   run->add_option("--max-wall", maxWall, "Stop with exit code 3 after this many seconds")
+       ->check(CLI::PositiveNumber)
+       ->capture_default_str();
 
+   // Counts are unsigned: "-5" would wrap around instead of being refused.
+   CLI::Validator nonNegative(
+       [](std::string& text) {
+          return text.find('-') == std::string::npos ? std::string()
+                                                     : "a count or time 0 or more, found " + text;
+       },
+       "NON-NEGATIVE");
    sim::ScaleOptions scale;
    bool benchJson = false;
    auto* bench =
        app.add_subcommand("bench", "Measure the library on a synthetic LFIB in real time");
-   bench->add_option("--routes", scale.routes, "Transit routes")->capture_default_str();
-   bench->add_option("--via-sets", scale.viaSets, "ECMP via sets the routes share")
+   bench->add_option("--routes", scale.routes, "Transit routes")
+       ->check(nonNegative)
        ->capture_default_str();
-   bench->add_option("--next-hops", scale.nextHops, "Resolved next hops")->capture_default_str();
-   bench->add_option("--width", scale.width, "Vias per via set")->capture_default_str();
+   bench->add_option("--via-sets", scale.viaSets, "ECMP via sets the routes share")
+       ->check(nonNegative)
+       ->capture_default_str();
+   bench->add_option("--next-hops", scale.nextHops, "Resolved next hops")
+       ->check(nonNegative)
+       ->capture_default_str();
+   bench->add_option("--width", scale.width, "Vias per via set")
+       ->check(nonNegative)
+       ->capture_default_str();
    bench->add_option("--decap-routes", scale.decapRoutes, "Decap routes (VRF and VLAN)")
+       ->check(nonNegative)
        ->capture_default_str();
    bench->add_flag("--in-place-update", scale.inPlaceUpdate,
                    "Turn the InPlaceMplsAdjacencyUpdate toggle on");
    bench->add_option("--timeout", scale.timeout, "Give up after this many seconds")
+       ->check(nonNegative)
        ->capture_default_str();
    bench->add_flag("--json", benchJson, "Print one JSON object");
 
@@ -65,7 +85,7 @@ int main(int argc, char** argv) {
    }
 
    if (*run) {
-      return sim::runScenarioCommand(file, runJson, std::cout, std::cerr);
+      return sim::runScenarioCommand(file, runJson, std::cout, std::cerr, maxWall);
    }
    try {
       sim::ScaleHarness::validate(scale);
