@@ -9,14 +9,20 @@ namespace sim {
 inline constexpr int exitPassed = 0;
 inline constexpr int exitExpectationFailed = 1;
 inline constexpr int exitBadScenario = 2;
-// A library or runtime error while the steps ran (an exception out of a step).
+// The run stopped: a library or runtime error while the steps ran (an exception out of a step), or
+// the work budget (simulated time past Scenario::simulatedTimeBudget(), or wall time past
+// maxWallSeconds).
 inline constexpr int exitRunError = 3;
+inline constexpr double kDefaultMaxWallSeconds = 60.0;
 
-// `mplsfwd-sim run FILE [--json] [--timeline CSV]`: loads and checks the scenario, runs it, writes
-// the report (text or one JSON document) to `out` and the failures or the scenario error to `err`;
+// `mplsfwd-sim run FILE [--json] [--timeline CSV] [--max-wall SECONDS]`: loads and checks the
+// scenario, runs it, writes the report (text or one JSON document) to `out` and the failures or the
+// error to `err` (with --json, an error is also one JSON object {"error", "exitCode"} on `out`);
 // with a timeline path, also the counts of the hardware at every change (Timeline.h). Answers the
-// exit code.
+// exit code. A run that takes more than maxWallSeconds of wall time ends the process with
+// exitRunError.
 int runScenarioCommand(const std::string& file, bool json, std::ostream& out, std::ostream& err,
-                       const std::string& timeline = "");
+                       const std::string& timeline = "",
+                       double maxWallSeconds = kDefaultMaxWallSeconds);
 
 }  // namespace sim

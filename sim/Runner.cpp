@@ -1,6 +1,7 @@
 #include "Runner.h"
 
 #include <cstdio>
+#include <sstream>
 
 #include <mplsfwd/log/FastLog.h>
 #include <mplsfwd/log/ToggleService.h>
@@ -85,11 +86,19 @@ Runner::~Runner() {
 }
 
 void Runner::run(std::size_t lastStep) {
+   const double budget = scenario_.simulatedTimeBudget();
    for (const auto& step : scenario_.steps) {
       if (step.number > lastStep) {
          break;
       }
       current_ = &step;
+      if (step.seconds > 0 && agent_->now() + step.seconds > budget) {
+         std::ostringstream os;
+         os << "work budget: this step would take simulated time to "
+            << agent_->now() + step.seconds << " s, past " << budget << " s (" << kMaxRetryPasses
+            << " times the shortest retry interval, " << scenario_.shortestRetryInterval() << " s)";
+         throw BudgetExceeded(os.str());
+      }
       if (step.expectation) {
          ++expectations_;
       }
@@ -105,8 +114,9 @@ void Runner::check(bool ok, const std::string& what, const std::string& expected
       return;
    }
    Failure f;
-   f.step = current_ ? current_->number : 0;
-   f.stepText = current_ ? current_->text : "";
+   const Step* step = current_.load();
+   f.step = step ? step->number : 0;
+   f.stepText = step ? step->text : "";
    f.what = what;
    f.expected = expected;
    f.found = found;

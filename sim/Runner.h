@@ -1,7 +1,9 @@
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -13,6 +15,12 @@
 #include "Scenario.h"
 
 namespace sim {
+
+// A run stopped by its work budget before a step that would take simulated time past it.
+class BudgetExceeded : public std::runtime_error {
+ public:
+   explicit BudgetExceeded(const std::string& what) : std::runtime_error(what) {}
+};
 
 // One expectation that did not hold.
 struct Failure {
@@ -35,8 +43,12 @@ class Runner {
    Runner(const Runner&) = delete;
    Runner& operator=(const Runner&) = delete;
 
-   // Runs the steps in order, up to and including step `lastStep` (1-based; all by default).
+   // Runs the steps in order, up to and including step `lastStep` (1-based; all by default); throws
+   // BudgetExceeded before a step that would move simulated time past the scenario's budget, and
+   // lets a step's own exception through.
    void run(std::size_t lastStep = static_cast<std::size_t>(-1));
+   // The step running now (null before and after the run); safe to read from another thread.
+   const Step* currentStep() const { return current_.load(); }
 
    const Scenario& scenario() const { return scenario_; }
    Agent& agent() { return *agent_; }
@@ -78,7 +90,7 @@ class Runner {
    std::vector<TimedLine> timed_;
    std::unique_ptr<TeeTraceSink> tee_;
    std::unique_ptr<Log::TraceSinkScope> traceScope_;
-   const Step* current_ = nullptr;
+   std::atomic<const Step*> current_ = nullptr;
    std::vector<Failure> failures_;
    std::size_t checks_ = 0;
    std::size_t expectations_ = 0;

@@ -3,12 +3,18 @@
 #include "Scenario.h"
 #include "ScenarioObservations.h"
 
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <map>
+#include <set>
 #include <sstream>
 
 #include <nlohmann/json.hpp>
 
+#include <mplsfwd/decap/FalMplsDecapSm.h>
 #include <mplsfwd/log/TraceConfig.h>
 
 #include "Runner.h"
@@ -1149,44 +1155,106 @@ std::vector<std::string> scenarioOperations() {
    return out;
 }
 
-Scenario Scenario::parse(const std::string& text, const std::string& file) {
-   Json doc;
-   try {
-      doc = Json::parse(text);
-   } catch (const Json::parse_error& e) {
-      throw ScenarioError(file + ": not valid JSON: " + e.what());
-   }
-   Scenario s;
-   s.file = file;
-   Fields top(doc, file, {"name", "description", "config", "steps"});
-   s.name = top.optString("name").value_or("");
-   s.description = top.optString("description").value_or("");
-   s.config = parseConfig(top.get("config"), file);
-   const Json* steps = top.get("steps");
-   if (!steps || !steps->is_array()) {
-      top.fail("steps", "an array of steps", steps);
-   }
-   std::size_t number = 0;
-   for (const auto& j : *steps) {
-      ++number;
-      std::string where = file + ": step " + std::to_string(number);
-      if (!j.is_object()) {
-         throw ScenarioError(where + ": expected an object with an \"op\", found " +
-                             Fields::show(j));
-      }
-      auto opIt = j.find("op");
-      if (opIt == j.end() || !opIt->is_string() || !ops().contains(opIt->get<std::string>())) {
-         std::string known;
-         for (const auto& name : scenarioOperations()) {
-            known += known.empty() ? "" : ", ";
-            known += name;
+namespace {
+
+// Follows the JSON parser through the document: refuses nesting deeper than kMaxJsonDepth before
+// anything recurses over the value, refuses a key given twice in one object, and knows at every
+// point which step and field it is in, for the error messages of the parser itself (a number that
+// overflows, a syntax error).
+class JsonGuard {
+ public:
+   explicit JsonGuard(const std::string& file) : file_(file) {}
+
+   bool operator()(int, Json::parse_event_t event, Json& parsed) {
+      using E = Json::parse_event_t;
+      switch (event) {
+         case E::object_start:
+         case E::array_start:
+            countElement();
+            if (frames_.size() >= kMaxJsonDepth) {
+               throw ScenarioError(where() + ": nested deeper than " +
+                                   std::to_string(kMaxJsonDepth) + " levels");
+            }
+            frames_.push_back(Frame{event == E::object_start, {}, {}, 0});
+            break;
+         case E::key: {
+            Frame& f = frames_.back();
+            f.key = parsed.get<std::string>();
+            if (!f.keys.insert(f.key).second) {
+               throw ScenarioError(where() + ": given twice in one object");
+            }
+            break;
          }
-         throw ScenarioError(where + ": field 'op': expected one of " + known + ", found " +
-                             (opIt == j.end() ? std::string("nothing") : Fields::show(*opIt)));
+         case E::object_end:
+         case E::array_end:
+            frames_.pop_back();
+            break;
+         case E::value:
+            countElement();
+            break;
       }
-      std::string op = opIt->get<std::string>();
-      const OpDef& def = ops().at(op);
-      where += " (" + op + ")";
+      return true;
+   }
+
+   // "file: step 3: field 'seconds'", as far as the parser got.
+   std::string where() const {
+      std::string out = file_;
+      std::size_t first = 0;
+      if (!frames_.empty() && frames_[0].object && frames_[0].key == "steps" &&
+          frames_.size() > 1) {
+         out += ": step " + std::to_string(frames_[1].elements);
+         first = 2;
+      } else if (!frames_.empty() && frames_[0].object && frames_[0].key == "config") {
+         out += ": config";
+         first = 1;
+      }
+      std::string field;
+      for (std::size_t i = first; i < frames_.size(); ++i) {
+         if (frames_[i].object && !frames_[i].key.empty()) {
+            field += (field.empty() ? "" : ".") + frames_[i].key;
+         }
+      }
+      return field.empty() ? out : out + ": field '" + field + "'";
+   }
+
+ private:
+   struct Frame {
+      bool object;
+      std::set<std::string> keys;
+      std::string key;
+      std::size_t elements;
+   };
+
+   void countElement() {
+      if (!frames_.empty() && !frames_.back().object) {
+         ++frames_.back().elements;
+      }
+   }
+
+   const std::string& file_;
+   std::vector<Frame> frames_;
+};
+
+Step parseStep(const Json& j, std::size_t number, const std::string& file,
+               const ScenarioConfig& config) {
+   std::string where = file + ": step " + std::to_string(number);
+   if (!j.is_object()) {
+      throw ScenarioError(where + ": expected an object with an \"op\", found " + Fields::show(j));
+   }
+   auto opIt = j.find("op");
+   if (opIt == j.end() || !opIt->is_string() || !ops().contains(opIt->get<std::string>())) {
+      std::string known;
+      for (const auto& name : scenarioOperations()) {
+         known += known.empty() ? "" : ", ";
+         known += name;
+      }
+      throw ScenarioError(where + ": field 'op': expected one of " + known + ", found " +
+                          (opIt == j.end() ? std::string("nothing") : Fields::show(*opIt)));
+   }
+   std::string op = opIt->get<std::string>();
+   const OpDef& def = ops().at(op);
+   where += " (" + op + ")";
+   try {
       Fields f(j, where, def.fields);
       Step step;
       step.number = number;
@@ -1195,25 +1263,80 @@ Scenario Scenario::parse(const std::string& text, const std::string& file) {
       Json shown = j;
       shown.erase("comment");
       step.text = shown.dump();
-      try {
-         step.run = def.parse(op, f, s.config);
-      } catch (const ScenarioError&) {
-         throw;
-      } catch (const std::exception& e) {
-         throw ScenarioError(where + ": " + e.what());
+      step.run = def.parse(op, f, config);
+      if (op == "advance") {
+         step.seconds = f.number("seconds", 0, 1e7);
+      } else if (op == "runUntilIdle") {
+         step.seconds = f.optNumber("maxSeconds", 0, 1e7).value_or(config.idleLimit);
       }
-      s.steps.push_back(std::move(step));
+      return step;
+   } catch (const ScenarioError&) {
+      throw;
+   } catch (const std::exception& e) {
+      throw ScenarioError(where + ": " + e.what());
+   }
+}
+
+}  // namespace
+
+double Scenario::shortestRetryInterval() const {
+   // The library's own intervals when the config sets none: 10 s for transit routes.
+   double transit =
+       config.agent.transitRetryInterval >= 0 ? config.agent.transitRetryInterval : 10.0;
+   double decap = config.agent.decapRetryInterval >= 0 ? config.agent.decapRetryInterval
+                                                       : Fal::MplsDecapSm::defaultRetryInterval;
+   return std::min(transit, decap);
+}
+
+Scenario Scenario::parse(const std::string& text, const std::string& file) {
+   Json doc;
+   JsonGuard guard(file);
+   try {
+      doc = Json::parse(text, std::ref(guard));
+   } catch (const Json::parse_error& e) {
+      throw ScenarioError(file + ": not valid JSON: " + e.what());
+   } catch (const Json::exception& e) {
+      throw ScenarioError(guard.where() + ": " + e.what());
+   }
+   Scenario s;
+   s.file = file;
+   try {
+      Fields top(doc, file, {"name", "description", "config", "steps"});
+      s.name = top.optString("name").value_or("");
+      s.description = top.optString("description").value_or("");
+      s.config = parseConfig(top.get("config"), file);
+      const Json* steps = top.get("steps");
+      if (!steps || !steps->is_array()) {
+         top.fail("steps", "an array of steps", steps);
+      }
+      std::size_t number = 0;
+      for (const auto& j : *steps) {
+         s.steps.push_back(parseStep(j, ++number, file, s.config));
+      }
+   } catch (const ScenarioError&) {
+      throw;
+   } catch (const std::exception& e) {
+      throw ScenarioError(file + ": " + e.what());
    }
    return s;
 }
 
 Scenario Scenario::load(const std::string& path) {
+   std::error_code ec;
+   if (std::filesystem::is_directory(path, ec)) {
+      throw ScenarioError(path + ": is a directory, not a scenario file");
+   }
+   errno = 0;
    std::ifstream in(path, std::ios::binary);
    if (!in) {
-      throw ScenarioError(path + ": cannot be read");
+      int e = errno;
+      throw ScenarioError(path + ": cannot be read: " + (e ? std::strerror(e) : "unknown reason"));
    }
    std::ostringstream os;
    os << in.rdbuf();
+   if (in.bad()) {
+      throw ScenarioError(path + ": cannot be read: " + std::strerror(errno));
+   }
    return parse(os.str(), path);
 }
 

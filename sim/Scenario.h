@@ -51,8 +51,18 @@ struct Step {
    std::string op;
    std::string text;  // the step as one line, for reports
    bool expectation = false;
+   // The most simulated time the step may move (advance, runUntilIdle), in seconds.
+   double seconds = 0.0;
    std::function<void(Runner&)> run;
 };
+
+// The work budget of a run: a scenario may cover at most this many of its shortest retry interval
+// in simulated time, so that a tiny interval over a long stretch cannot keep the run going for
+// hours (each retry pass costs real time).
+inline constexpr double kMaxRetryPasses = 100000;
+
+// Scenario files nest objects and arrays at most this deep.
+inline constexpr std::size_t kMaxJsonDepth = 64;
 
 // A parsed scenario. Parsing validates every step before anything runs, so a bad scenario never
 // runs half-way.
@@ -62,6 +72,11 @@ struct Scenario {
    std::string description;
    ScenarioConfig config;
    std::vector<Step> steps;
+
+   // The shortest retry interval the agent will use (the configured ones or the library's), and
+   // the simulated time the scenario may cover: kMaxRetryPasses of that interval.
+   double shortestRetryInterval() const;
+   double simulatedTimeBudget() const { return kMaxRetryPasses * shortestRetryInterval(); }
 
    // Throws ScenarioError.
    static Scenario parse(const std::string& text, const std::string& file);

@@ -9,8 +9,8 @@
 
 #include <CLI/CLI.hpp>
 
-#include <mplsfwd/sim/ForwardCommand.h>
 #include <mplsfwd/sim/Explain.h>
+#include <mplsfwd/sim/ForwardCommand.h>
 #include <mplsfwd/sim/RunCommand.h>
 #include <mplsfwd/sim/ScaleHarness.h>
 #include <mplsfwd/version.h>
@@ -68,23 +68,42 @@ int main(int argc, char** argv) {
        ->required();
    forward->add_option("--report", fwd.report,
                        "Per-frame report file, drops with their reasons (default: stdout)");
-   forward->add_option("--ingress", fwd.ingress, "Ingress port of every frame")
+   forward->add_option("--ingress", fwd.ingress, "Ingress port of every frame") double maxWall =
+       sim::kDefaultMaxWallSeconds;
+   run->add_option("--max-wall", maxWall, "Stop with exit code 3 after this many seconds")
+       ->check(CLI::PositiveNumber)
        ->capture_default_str();
 
+   // Counts are unsigned: "-5" would wrap around instead of being refused.
+   CLI::Validator nonNegative(
+       [](std::string& text) {
+          return text.find('-') == std::string::npos ? std::string()
+                                                     : "a count or time 0 or more, found " + text;
+       },
+       "NON-NEGATIVE");
    sim::ScaleOptions scale;
    bool benchJson = false;
    auto* bench =
        app.add_subcommand("bench", "Measure the library on a synthetic LFIB in real time");
-   bench->add_option("--routes", scale.routes, "Transit routes")->capture_default_str();
-   bench->add_option("--via-sets", scale.viaSets, "ECMP via sets the routes share")
+   bench->add_option("--routes", scale.routes, "Transit routes")
+       ->check(nonNegative)
        ->capture_default_str();
-   bench->add_option("--next-hops", scale.nextHops, "Resolved next hops")->capture_default_str();
-   bench->add_option("--width", scale.width, "Vias per via set")->capture_default_str();
+   bench->add_option("--via-sets", scale.viaSets, "ECMP via sets the routes share")
+       ->check(nonNegative)
+       ->capture_default_str();
+   bench->add_option("--next-hops", scale.nextHops, "Resolved next hops")
+       ->check(nonNegative)
+       ->capture_default_str();
+   bench->add_option("--width", scale.width, "Vias per via set")
+       ->check(nonNegative)
+       ->capture_default_str();
    bench->add_option("--decap-routes", scale.decapRoutes, "Decap routes (VRF and VLAN)")
+       ->check(nonNegative)
        ->capture_default_str();
    bench->add_flag("--in-place-update", scale.inPlaceUpdate,
                    "Turn the InPlaceMplsAdjacencyUpdate toggle on");
    bench->add_option("--timeout", scale.timeout, "Give up after this many seconds")
+       ->check(nonNegative)
        ->capture_default_str();
    bench->add_flag("--json", benchJson, "Print one JSON object");
    bench->add_option("--timeline", scale.timeline,
@@ -116,7 +135,7 @@ int main(int argc, char** argv) {
       return sim::forwardCommand(fwd, std::cout, std::cerr);
    }
    if (*run) {
-      return sim::runScenarioCommand(file, runJson, std::cout, std::cerr, runTimeline);
+      return sim::runScenarioCommand(file, runJson, std::cout, std::cerr, runTimeline, maxWall);
    }
    if (*explain) {
       return sim::explainCommand(explainFile, explainLabel, afterStep, explainJson, std::cout,
