@@ -3,7 +3,11 @@
 # of the tree, rebuilds it incrementally and runs the tests that the change can reach. Prints one
 # line per mutant (killed, survived, build-failed or stale) and finally "killed K of N".
 #
-#   scripts/mutants.sh [-j jobs] [-t seconds per test executable] [name-regex]
+#   scripts/mutants.sh [-i] [-j jobs] [-t seconds per test executable] [name-regex]
+#
+# -i works in the checkout itself and its build/ instead (no second build to make; each file is
+# put back as it was after its mutant, also on interrupt): for a machine too busy for a second
+# build. The checkout must then stay untouched while the run lasts.
 #
 # The scratch tree and its build (tree/build, as in a checkout) live in $MPLSFWD_MUTANT_DIR (default
 # /tmp/mplsfwd-mutants-$USER) and are reused between runs, so that each mutant costs one recompiled
@@ -15,8 +19,10 @@ set -uo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 jobs=2
 limit=300
-while getopts "j:t:" opt; do
+inplace=0
+while getopts "ij:t:" opt; do
    case $opt in
+      i) inplace=1 ;;
       j) jobs=$OPTARG ;;
       t) limit=$OPTARG ;;
       *) exit 2 ;;
@@ -28,19 +34,24 @@ work=${MPLSFWD_MUTANT_DIR:-/tmp/mplsfwd-mutants-${USER:-$(id -un)}}
 src=$work/tree
 build=$src/build
 mkdir -p "$work"
-
-# Fresh copy of the tree as it stands (tracked and untracked files, not ignored ones). File times are
-# kept so that the reused build only rebuilds what changed; the files that mutants touched last time
-# get a new time, as their objects may still hold a mutant.
-find "$src" -mindepth 1 -maxdepth 1 ! -name build -exec rm -rf {} + 2>/dev/null
-mkdir -p "$src"
-(cd "$root" && git ls-files -co --exclude-standard -z | xargs -0 -I{} sh -c 'test -e "{}" && printf "%s\0" "{}"' |
-   tar --null -T - -cf -) | tar -xf - -C "$src"
-if [ -f "$work/touched" ]; then
-   while read -r f; do [ -e "$src/$f" ] && touch "$src/$f"; done <"$work/touched"
-   rm -f "$work/touched"
+if [ $inplace = 1 ]; then
+   src=$root
+   build=$root/build
 fi
 
+if [ $inplace = 0 ]; then
+   # Fresh copy of the tree as it stands (tracked and untracked files, not ignored ones). File times are
+   # kept so that the reused build only rebuilds what changed; the files that mutants touched last time
+   # get a new time, as their objects may still hold a mutant.
+   find "$src" -mindepth 1 -maxdepth 1 ! -name build -exec rm -rf {} + 2>/dev/null
+   mkdir -p "$src"
+   (cd "$root" && git ls-files -co --exclude-standard -z | xargs -0 -I{} sh -c 'test -e "{}" && printf "%s\0" "{}"' |
+      tar --null -T - -cf -) | tar -xf - -C "$src"
+   if [ -f "$work/touched" ]; then
+      while read -r f; do [ -e "$src/$f" ] && touch "$src/$f"; done <"$work/touched"
+      rm -f "$work/touched"
+   fi
+fi
 export CCACHE_BASEDIR=$src CCACHE_NOHASHDIR=1
 cmake -S "$src" -B "$build" -G Ninja -DCMAKE_CXX_COMPILER_LAUNCHER=ccache \
    -DMPLSFWD_BUILD_BENCH=OFF >/dev/null || exit 2
@@ -94,7 +105,7 @@ run_tests() {
    return $failed
 }
 
-# mutate <name-regex>: prints "name<TAB>file<TAB>status" for each mutant, applying it in place.
+# The plan: one line per chosen mutant, "name<TAB>file<TAB>text<TAB>replacement" (escaped).
 python3 - "$root/scripts/mutants.txt" "$src" "$filter" >"$work/plan" <<'EOF'
 import re, sys
 table, src, pattern = sys.argv[1], sys.argv[2], sys.argv[3]
@@ -121,6 +132,17 @@ for m in mutants:
           "\n".join(m["new"]).replace("\\", "\\\\").replace("\n", "\\n"), sep="\t")
 EOF
 
+# The unchanged tree must build and pass what the chosen mutants will run.
+baseline=$(cut -f2 "$work/plan" | while read -r f; do tests_for "$f"; done | tr ' ' '\n' | sort -u)
+if echo "$baseline" | grep -qx all; then baseline=all; fi
+start=$(date +%s)
+# shellcheck disable=SC2086
+run_tests $baseline || {
+   echo "the unchanged tree fails: $work/build.log $work/failed.log $work/ctest.log"
+   exit 2
+}
+echo "unchanged tree passes: $(echo $baseline) ($(($(date +%s) - start))s)"
+
 apply_py='
 import sys, os
 path, old, new = sys.argv[1], sys.argv[2], sys.argv[3]
@@ -144,6 +166,7 @@ while IFS=$'\t' read -r name file old new; do
    total=$((total + 1))
    start=$(date +%s)
    cp "$src/$file" "$work/original" 2>/dev/null
+   trap 'cat "$work/original" >"$src/$file"; exit 130' INT TERM
    if ! python3 -c "$apply_py" "$src/$file" "$old" "$new"; then
       printf '%-50s stale (text not found exactly once in %s)\n' "$name" "$file"
       continue
@@ -157,6 +180,7 @@ while IFS=$'\t' read -r name file old new; do
       *) status=killed killed=$((killed + 1)) ;;
    esac
    cat "$work/original" >"$src/$file"  # a new file time: the next build recompiles it
+   trap - INT TERM
    printf '%-50s %-8s %4ss  %s\n' "$name" "$status" $(($(date +%s) - start)) "$file"
 done <"$work/plan"
 # Leave the scratch build matching the tree.
