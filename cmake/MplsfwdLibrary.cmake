@@ -48,6 +48,12 @@ function(mplsfwd_add_test name)
   gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300)
 endfunction()
 
+# Headers that stay in the source tree: the trace and assertion macros with their short names and
+# the helpers of the libraries' own sources. No installed header includes them, and the install
+# test checks that no installed header defines a macro without the MPLSFWD_ prefix.
+set(MPLSFWD_PRIVATE_HEADERS log/Assert.h log/FastLog.h log/Trace.h log/RateLimiter.h
+    transit/MplsSmTrace.h Fal/RequireTable.h)
+
 function(mplsfwd_install_package)
   include(GNUInstallDirs)
   include(CMakePackageConfigHelpers)
@@ -55,8 +61,14 @@ function(mplsfwd_install_package)
     string(REPLACE "=" ";" parts ${entry})
     list(GET parts 0 name)
     list(GET parts 1 dir)
+    set(excludes "")
+    foreach(private ${MPLSFWD_PRIVATE_HEADERS})
+      if(private MATCHES "^${name}/(.*)$")
+        list(APPEND excludes PATTERN ${CMAKE_MATCH_1} EXCLUDE)
+      endif()
+    endforeach()
     install(DIRECTORY ${dir}/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/mplsfwd/${name}
-      FILES_MATCHING PATTERN "*.h")
+      FILES_MATCHING PATTERN "*.h" ${excludes})
   endforeach()
   file(GLOB umbrellas ${PROJECT_SOURCE_DIR}/src/umbrella/*.h)
   install(FILES ${umbrellas} ${MPLSFWD_VERSION_HEADER} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/mplsfwd)

@@ -3,7 +3,6 @@
 // mplsfwd's entry points: the three state machines and their assembly, the helper interfaces a
 // platform implements, the hardware and FEC tables, the LFIB records and the runtime basics.
 // The machines' internals are not included: see docs/embedding.md for what each header offers.
-// <mplsfwd/all.h> includes every installed header.
 
 #include <mplsfwd/decap.h>
 #include <mplsfwd/pseudowire.h>

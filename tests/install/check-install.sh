@@ -12,6 +12,12 @@ prefix=$scratch/prefix
 cmake --install "$build" --prefix "$prefix" >/dev/null
 lib=$(ls -d "$prefix"/lib*/ | head -1)
 
+# The installed headers define no macro without the MPLSFWD_ prefix (include guards are #pragma once).
+if grep -rnE '^\s*#\s*define\s+[A-Za-z_]' "$prefix/include" | grep -vE '#\s*define\s+MPLSFWD_'; then
+  echo "installed headers define unprefixed macros" >&2
+  exit 1
+fi
+
 cmake -S "$consumer" -B "$scratch/build" -G Ninja -DCMAKE_PREFIX_PATH="$prefix" >/dev/null
 cmake --build "$scratch/build" >/dev/null
 out=$("$scratch/build/consumer")
