@@ -7,6 +7,7 @@
 #include <mplsfwd/log/FastLog.h>
 #include <mplsfwd/sim/Explain.h>
 #include <mplsfwd/sim/Report.h>
+#include <mplsfwd/sim/RunCommand.h>
 #include <mplsfwd/sim/Runner.h>
 #include <mplsfwd/sim/Scenario.h>
 #include <mplsfwd/sim/Timeline.h>
