@@ -7,6 +7,7 @@
 #include <mplsfwd/log/FastLog.h>
 #include <mplsfwd/sim/Explain.h>
 #include <mplsfwd/sim/Report.h>
+#include <mplsfwd/sim/RunCommand.h>
 #include <mplsfwd/sim/Runner.h>
 #include <mplsfwd/sim/Scenario.h>
 #include <mplsfwd/sim/Timeline.h>
@@ -20,7 +21,15 @@ std::string example(const char* name) {
 // Everything explaining could disturb: the hardware state, the trace streams, the armed timers.
 std::string observable(const sim::Runner& runner) {
    const sim::Agent& a = runner.agent();
-   return sim::toJson(sim::snapshot(a)).dump() + " traces " +
+   auto vrf = a.mplsSm()->mplsState(L3::VrfName::defaultVrf());
+   std::string queues = vrf ? std::to_string(vrf->routeKeyForReviewSet().size()) + "/" +
+                                  std::to_string(vrf->routeKeyForPublishSet().size()) + "/" +
+                                  std::to_string(vrf->l3AdjForReviewSet().size()) + "/" +
+                                  std::to_string(vrf->routes())
+                            : "none";
+   return sim::toJson(sim::snapshot(a)).dump() + " queues " + queues + " decap " +
+          std::to_string(a.decapSm()->routeViaTypeMap().size()) + " pw " +
+          std::to_string(a.lFibSm()->labelToDecapInfos()) + " traces " +
           std::to_string(runner.timedLines().size()) + " fastlog " +
           std::to_string(Log::FastLog::instance().added()) + " wakeups " +
           std::to_string(a.loop()->armedWakeUps()) + " next " +

@@ -114,7 +114,8 @@ TEST(SimRunner, FailedExpectationsAreReportedWithTheirStepsAndTheRunGoesOn) {
    ASSERT_EQ(runner.failures().size(), 2u);
    EXPECT_EQ(runner.failures()[0].step, 5u);
    EXPECT_EQ(runner.failures()[0].expected, "programmed");
-   EXPECT_EQ(runner.failures()[0].found, "absent");
+   EXPECT_EQ(runner.failures()[0].found, "absent (platformRoutingDisabled)")
+       << "an absent route names what holds it back";
    EXPECT_EQ(runner.failures()[1].step, 7u);
    EXPECT_EQ(runner.failures()[1].what, "adjacency vias");
    EXPECT_NE(runner.failures()[1].found.find("00:1c:73:00:00:02"), std::string::npos);
