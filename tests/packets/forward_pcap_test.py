@@ -67,6 +67,8 @@ def cases():
         ("pop", eth() / mpls((101, 20)) / ip4("10.9.0.2"),
          {"eth.dst": "00:1c:73:00:00:03", "vlan.id": "20", "mpls.label": "", "ip.dst": "10.9.0.2",
           "ip.ttl": "19"}),
+        ("pop", eth() / mpls((101, 20), (16, 64)) / ip4("10.9.0.2"),
+         {"mpls.label": "16", "mpls.bottom": "1", "mpls.ttl": "19", "ip.ttl": "64"}),
         ("fec", eth() / mpls((103, 64)) / ip4("10.9.0.3"),
          {"eth.dst": "00:1c:73:00:00:03", "vlan.id": "20", "mpls.label": "4000",
           "mpls.bottom": "1", "mpls.ttl": "63", "ip.dst": "10.9.0.3"}),
