@@ -258,6 +258,19 @@ void Chip::answerVrf(Fal::VrfId id, Dirty& d) {
          programAdjacency(id, *config, *status, adj);
       }
    }
+   // An adjacency rewritten onto an interface that is not ready takes its programmed routes out
+   // with it, although the routes themselves did not change.
+   if (!notReady_.empty()) {
+      for (const auto& adj : adjs) {
+         if (config->l2AdjacencyHas(adj) && !egressReady(adj)) {
+            for (const auto& [key, route] : config->routeMap()) {
+               if (route.l2Adjacency() == adj && status->routeHas(key)) {
+                  routes.push_back(key);
+               }
+            }
+         }
+      }
+   }
    for (const auto& key : routes) {
       if (config->routeHas(key)) {
          programRoute(id, *config, *status, key);

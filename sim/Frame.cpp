@@ -42,7 +42,7 @@ std::string v6Text(std::span<const std::uint8_t> b, std::size_t at) {
 }  // namespace
 
 PayloadKind Frame::payloadKind() const {
-   if (labels.empty()) {
+   if (labels.empty() && etherType != etherTypeMpls) {
       return etherType == etherTypeIpv4   ? PayloadKind::ipv4
              : etherType == etherTypeIpv6 ? PayloadKind::ipv6
                                           : PayloadKind::ethernet;

@@ -33,7 +33,8 @@ inline constexpr std::uint16_t etherTypeMpls = 0x8847;
 
 // An Ethernet frame as the forwarding model sees it: the MAC addresses, one optional 802.1Q tag
 // (VLAN id; priority and DEI kept), the label stack (outermost first) and the bytes after it. An
-// unlabelled frame keeps its EtherType in etherType; a labelled one is written with 0x8847.
+// unlabelled frame keeps its EtherType in etherType; a labelled one is written with 0x8847 (a frame
+// whose last label was popped tells its payload by the first nibble until etherType is set).
 struct Frame {
    Wire::EthAddr dst;
    Wire::EthAddr src;

@@ -69,6 +69,8 @@ nlohmann::json ScaleResult::json() const {
                          {"macChangeConverged", macChangeConverged},
                          {"macChangeRouteWrites", macChangeRouteWrites},
                          {"macChangeAdjacencyWrites", macChangeAdjacencyWrites},
+                         {"forwardedPackets", forwardedPackets},
+                         {"packetsPerSecond", packetsPerSecond},
                          {"timeMode", "monotonic"}};
 }
 
@@ -87,6 +89,8 @@ std::string ScaleResult::text() const {
    os << "MAC change         " << macChangeMs << " ms (" << macChangeWorkMs << " ms of work)"
       << (macChangeConverged ? "" : " (NOT converged)") << ", " << macChangeRouteWrites
       << " route writes, " << macChangeAdjacencyWrites << " adjacency writes\n";
+   os << "forwarding         " << static_cast<std::uint64_t>(packetsPerSecond)
+      << " packets per second (model, " << forwardedPackets << " frames)\n";
    return os.str();
 }
 
@@ -368,6 +372,9 @@ ScaleResult ScaleHarness::run(const Progress& progress) {
       }
       r.macChangeRouteWrites = agent_->chip().routeWrites() - routeWrites;
       r.macChangeAdjacencyWrites = agent_->chip().adjacencyWrites() - adjWrites;
+   }
+   if (r.converged) {
+      measureForwarding(r, 200000);
    }
    if (progress) {
       progress(1.0, "done");

@@ -63,6 +63,10 @@ struct ScaleResult {
    std::uint64_t macChangeAdjacencyWrites = 0;
    std::size_t l2Adjacencies = 0;
    bool timelineWritten = false;
+   // The forwarding model's throughput over the converged tables: frames of the transit labels,
+   // one after another, in wall time (parsing and building the frame bytes included).
+   std::size_t forwardedPackets = 0;
+   double packetsPerSecond = 0.0;
 
    nlohmann::json json() const;
    std::string text() const;
@@ -88,6 +92,8 @@ class ScaleHarness {
    static void validate(const ScaleOptions& options);
 
    ScaleResult run(const Progress& progress = {});
+   // Forwards `packets` frames over the transit routes and stores the rate in `r`.
+   void measureForwarding(ScaleResult& r, std::size_t packets) const;
 
    const ScaleOptions& options() const { return options_; }
    Agent& agent() { return *agent_; }
