@@ -204,6 +204,7 @@ TEST_F(RouteResolverTest, RouteChangeReresolvesOnlyTheWatchedAddressesItCovers) 
 }
 
 TEST_F(RouteResolverTest, HostRouteOnlyWatchUsesOnlyAHostRouteUntilWidened) {
+   route("10.9.9.9/32", conn(3));  // host routes exist, none for the watched address
    route("10.1.2.0/24", conn(3));
    cfg4->addWatchedAddr(v4("10.1.2.3"), true);
    EXPECT_FALSE(l3->resolvedV4(v4("10.1.2.3")).resolved());
