@@ -19,13 +19,6 @@ TEST(MplsHwRoute, EqualityTakesAdjacencyByIdentity) {
    EXPECT_FALSE(Fal::MplsHwRoute(k, a, 3) == Fal::MplsHwRoute(k, a, 4));
 }
 
-TEST(MplsHwRoute, EmptinessTest) {
-   EXPECT_TRUE(!Fal::MplsHwRoute());
-   Fal::MplsHwRoute r;
-   r.versionIs(1);
-   EXPECT_FALSE(!r);
-}
-
 TEST(MplsHwRoute, TextFormOfDefaultAndRoundTrip) {
    Fal::MplsHwRoute r;
    std::string text = r.stringValue();
@@ -41,27 +34,6 @@ TEST(MplsHwRoute, ParseRejectsObjectReferencesAndGarbage) {
    Fal::MplsHwRoute r(Mpls::RouteKey(Wire::MplsLabel(16)), Kor::make<L2Adj>(1), 1);
    EXPECT_THROW(Fal::MplsHwRoute::parse(r.stringValue()), Kor::ParseError);
    EXPECT_THROW(Fal::MplsHwRoute::parse("Value('Fal::MplsHwRoute', ** {})"), Kor::ParseError);
-}
-
-TEST(UnprogrammedReason, NamesAndRegistry) {
-   EXPECT_EQ(Fal::stringValue(Fal::UnprogrammedReason::RouteFull), "RouteFull");
-   EXPECT_EQ(Fal::UnprogrammedReasonInstance(2), Fal::UnprogrammedReason::RouteFull);
-   EXPECT_EQ(static_cast<unsigned>(Fal::UnprogrammedReasonInstance("InterfaceNotReady")), 3u);
-   EXPECT_THROW(Fal::UnprogrammedReasonInstance(4), Kor::EnumError);
-   EXPECT_THROW(Fal::UnprogrammedReasonInstance("Full"), Kor::EnumError);
-   EXPECT_TRUE(Fal::isResourceReason(Fal::UnprogrammedReason::AdjacencyFull));
-   EXPECT_FALSE(Fal::isResourceReason(Fal::UnprogrammedReason::InterfaceNotReady));
-}
-
-TEST(Dot1qTagToVlanMapId, InvalidOrderingAndText) {
-   Fal::Dot1qTagToVlanMapId invalid(4294967295u);
-   EXPECT_EQ(invalid.value(), Fal::Dot1qTagToVlanMapId::invalid);
-   EXPECT_FALSE(invalid.isValid());
-   EXPECT_LT(Fal::Dot1qTagToVlanMapId(1), invalid);
-   EXPECT_EQ(Fal::Dot1qTagToVlanMapId::parse("4294967295"), invalid);
-   EXPECT_EQ(Fal::Dot1qTagToVlanMapId(7).stringValue(), "7");
-   EXPECT_THROW(Fal::Dot1qTagToVlanMapId::parse("4294967296"), Kor::ParseError);
-   EXPECT_NE(Fal::Dot1qTagToVlanMapId(1).hash(), Fal::Dot1qTagToVlanMapId(2).hash());
 }
 
 }  // namespace

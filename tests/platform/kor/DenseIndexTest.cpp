@@ -188,36 +188,6 @@ std::vector<std::uint32_t> drainListed(Queue& q) {
    return out;
 }
 
-TEST(DenseWorkQueueTest, KeysComeOutOnceInTheOrderTheyFirstArrived) {
-   Queue q;
-   EXPECT_TRUE(q.insert(Slot{30}));
-   EXPECT_TRUE(q.insert(Slot{5}));
-   EXPECT_FALSE(q.insert(Slot{30}));
-   EXPECT_TRUE(q.insert(Slot{7000}));
-   EXPECT_EQ(q.size(), 3u);
-   EXPECT_EQ(drainListed(q), (std::vector<std::uint32_t>{30, 5, 7000}));
-   EXPECT_TRUE(q.empty());
-   EXPECT_EQ(q.entriesListed(), 0u);
-}
-
-TEST(DenseWorkQueueTest, ARemovedKeyIsSkippedAndAReturningOneKeepsItsPlace) {
-   Queue q;
-   q.insert(Slot{1});
-   q.insert(Slot{2});
-   q.insert(Slot{3});
-   EXPECT_TRUE(q.erase(Slot{2}));
-   EXPECT_FALSE(q.erase(Slot{2}));
-   EXPECT_FALSE(q.contains(Slot{2}));
-   q.erase(Slot{1});
-   q.insert(Slot{1});
-   EXPECT_EQ(q.entriesListed(), 3u);
-   EXPECT_EQ(drainListed(q), (std::vector<std::uint32_t>{1, 3}));
-   // Taken keys queue afresh, at the back.
-   q.insert(Slot{3});
-   q.insert(Slot{2});
-   EXPECT_EQ(drainListed(q), (std::vector<std::uint32_t>{3, 2}));
-}
-
 TEST(DenseWorkQueueTest, KeysQueuedWhileAPassRunsWaitForTheNextPass) {
    Queue q;
    q.insert(Slot{1});

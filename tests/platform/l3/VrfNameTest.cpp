@@ -36,32 +36,4 @@ TEST(VrfNameTest, BoundCountsBytesNotCharacters) {
    EXPECT_THROW(L3::VrfName(utf8 + "x"), Kor::RangeError);
 }
 
-TEST(VrfNameTest, DefaultVrfAndEmptyName) {
-   EXPECT_EQ(L3::VrfName::defaultVrf().stringValue(), "default");
-   EXPECT_EQ(L3::VrfName::defaultVrf(), L3::VrfName("default"));
-   EXPECT_NE(L3::VrfName::defaultVrf(), L3::VrfName("Default"));
-   L3::VrfName none;
-   EXPECT_TRUE(none.empty());
-   EXPECT_NE(none, L3::VrfName::defaultVrf());
-}
-
-TEST(VrfNameTest, OrderHashAndText) {
-   L3::VrfName a("blue"), b("red"), a2(std::string("blue"));
-   EXPECT_TRUE(a < b);
-   EXPECT_FALSE(b < a);
-   EXPECT_FALSE(a < a2);
-   EXPECT_EQ(a, a2);
-   EXPECT_EQ(a.hash(), a2.hash());
-   EXPECT_NE(a.hash(), b.hash());
-   EXPECT_EQ(Kor::toText(a), "blue");
-
-   Kor::HashSet<L3::VrfName> hashed{a, b, a2, L3::VrfName::defaultVrf()};
-   EXPECT_EQ(hashed.size(), 3u);
-   EXPECT_EQ(hashed.count(L3::VrfName("red")), 1u);
-   Kor::OrderedSet<L3::VrfName> ordered{b, L3::VrfName::defaultVrf(), a};
-   ASSERT_EQ(ordered.size(), 3u);
-   EXPECT_EQ(ordered.begin()->stringValue(), "blue");
-   EXPECT_EQ(ordered.rbegin()->stringValue(), "red");
-}
-
 }  // namespace

@@ -24,17 +24,13 @@ std::string rangeErrorText(const std::function<void()>& f) {
 }
 
 TEST(FecId, BitLayout) {
-   EXPECT_EQ(Memtab::Fib::adjTypePos(), 56);
    FecId id = FecId::fecIdForAdjType(AdjType::mplsNexthopAdj_, 5);
-   EXPECT_EQ(id.value(), (std::uint64_t(10) << 56) | 5);
    EXPECT_EQ(id.value(), 0x0A00000000000005u);
    EXPECT_EQ(id.adjType(), AdjType::mplsNexthopAdj_);
-   EXPECT_EQ(static_cast<int>(id.adjType()), 10);
    EXPECT_EQ(id.index(), 5u);
    FecId pw = FecId::fecIdForAdjType(AdjType::pwDecapAdj_, 0xFFFFFFFF);
    EXPECT_EQ(pw.value(), 0x0E000000FFFFFFFFu);
    EXPECT_EQ(pw.adjType(), AdjType::pwDecapAdj_);
-   EXPECT_EQ(static_cast<int>(AdjType::pwDecapAdj_), 14);
    EXPECT_EQ(pw.index(), 0xFFFFFFFFu);
    // The largest index fills all 56 bits below the type without touching it.
    FecId wide = FecId::fecIdForAdjType(AdjType::fibAdj_, FecId::kIndexMask);
@@ -57,7 +53,6 @@ TEST(FecIdDeathTest, AdjTypeBoundIsAnInvariant) {
 
 TEST(FecId, ValidityOrderHashText) {
    EXPECT_FALSE(FecId().isValid());
-   EXPECT_EQ(FecId().value(), 0u);
    EXPECT_TRUE(FecId(1).isValid());
    // Index 0 of a real type is a valid id: only the all-zero value is invalid.
    EXPECT_TRUE(FecId::fecIdForAdjType(AdjType::mplsNexthopAdj_, 0).isValid());
@@ -70,13 +65,9 @@ TEST(FecId, ValidityOrderHashText) {
    FecId id = FecId::fecIdForAdjType(AdjType::mplsNexthopAdj_, 7);
    EXPECT_EQ(Kor::toText(id), std::to_string(id.value()));
    EXPECT_EQ(FecId::parse(id.stringValue()), id);
-   EXPECT_EQ(Kor::toText(AdjType::pwDecapAdj_), "pwDecapAdj");
-   EXPECT_EQ(Kor::toText(static_cast<AdjType>(19)), "Memtab::Fib::AdjType(19)");
 }
 
 TEST(FibViaIndex, BoundsAndText) {
-   EXPECT_EQ(ViaIndex(0).value(), 0u);
-   EXPECT_EQ(ViaIndex(511).value(), 511u);
    EXPECT_EQ(rangeErrorText([] { ViaIndex(512); }),
              "ViaIndex::value < ViaIndex::min or > ViaIndex::max not allowed");
    ViaIndex i(3);

@@ -51,22 +51,6 @@ TEST(PseudowireLocalConnectorInfo, ValueSemanticsTextAndParse) {
                 Kor::ParseError);
 }
 
-TEST(PwDecapInfo, DefaultIsTheNoLabelRecordAndTextRoundTrips) {
-   const FalPw::PwDecapInfo none;
-   EXPECT_EQ(none.label().value(), 1048576u);
-   EXPECT_TRUE(none.pwIntfId().empty());
-   EXPECT_TRUE(!none);
-
-   const FalPw::PwDecapInfo di(label(100), vlanPw(3));
-   EXPECT_FALSE(!di);
-   EXPECT_NE(di, FalPw::PwDecapInfo(label(100), vlanPw(4)));
-   EXPECT_NE(di, FalPw::PwDecapInfo(label(101), vlanPw(3)));
-   EXPECT_EQ(di.stringValue(),
-             "Value('FalPw::PwDecapInfo', ** {'label': 100, 'pwIntfId': VlanPseudowire3})");
-   EXPECT_EQ(FalPw::PwDecapInfo::parse(di.stringValue()), di);
-   EXPECT_EQ(FalPw::PwDecapInfo::parse(none.stringValue()), none);
-}
-
 struct StatusWatch : Pseudowire::Status::NotifieeConst {
    using Pseudowire::Status::NotifieeConst::NotifieeConst;
    void onLocalConnectorInfo(Wire::IntfId intf) override { seen.push_back(intf); }

@@ -10,14 +10,6 @@ namespace {
 using Mpls::RouteKey;
 using Wire::MplsLabel;
 
-TEST(RouteKey, DefaultHoldsNoLabel) {
-   RouteKey key;
-   EXPECT_EQ(key.topLabel().value(), 1048576u);
-   EXPECT_FALSE(key.topLabel().isValid());
-   EXPECT_EQ(key, RouteKey(MplsLabel::noLabel()));
-   EXPECT_NE(key, RouteKey(MplsLabel(0)));
-}
-
 TEST(RouteKey, OrderFollowsTheLabel) {
    EXPECT_LT(RouteKey(MplsLabel(0)), RouteKey(MplsLabel(16)));
    EXPECT_LT(RouteKey(MplsLabel(1048575)), RouteKey());
@@ -26,18 +18,6 @@ TEST(RouteKey, OrderFollowsTheLabel) {
    ASSERT_EQ(keys.size(), 3u);
    EXPECT_EQ(keys.begin()->topLabel(), MplsLabel(20));
    EXPECT_EQ(keys.rbegin()->topLabel(), MplsLabel());
-}
-
-TEST(RouteKey, HashAgreesWithEquality) {
-   Kor::HashMap<RouteKey, int> byKey;
-   for (std::uint32_t l = 0; l < 1000; ++l) {
-      byKey[RouteKey(MplsLabel(l))] = static_cast<int>(l);
-   }
-   byKey[RouteKey(MplsLabel(999))] = -1;
-   EXPECT_EQ(byKey.size(), 1000u);
-   EXPECT_EQ(byKey.at(RouteKey(MplsLabel(999))), -1);
-   EXPECT_EQ(byKey.count(RouteKey()), 0u);
-   EXPECT_EQ(RouteKey(MplsLabel(5)).hash(), RouteKey(MplsLabel(5)).hash());
 }
 
 TEST(RouteKey, TextRoundTrip) {

@@ -10,17 +10,6 @@ namespace {
 using Wire::IntfId;
 using Wire::IntfKind;
 
-TEST(IntfId, EmptyIdPrintsNothingAndParsesBack) {
-   IntfId none;
-   EXPECT_TRUE(none.empty());
-   EXPECT_TRUE(!none);
-   EXPECT_EQ(none.value(), 0u);
-   EXPECT_EQ(none.kind(), IntfKind::none);
-   EXPECT_EQ(none.stringValue(), "");
-   EXPECT_EQ(IntfId::parse(""), none);
-   EXPECT_EQ(IntfId(0), none);
-}
-
 TEST(IntfId, NamesOfEveryKindRoundTrip) {
    const std::vector<std::pair<IntfId, std::string>> cases = {
        {IntfId::ethernet(1), "Ethernet1"},

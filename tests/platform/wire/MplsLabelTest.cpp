@@ -1,10 +1,8 @@
 #include <gtest/gtest.h>
 
-#include <mplsfwd/kor/Collections.h>
 #include <mplsfwd/kor/Errors.h>
 #include <mplsfwd/kor/TextForm.h>
 #include <mplsfwd/wire/MplsLabel.h>
-#include <mplsfwd/wire/MplsLabelAction.h>
 #include <mplsfwd/wire/MplsLabelOperation.h>
 
 namespace {
@@ -14,7 +12,6 @@ using Wire::MplsLabelOperation;
 
 TEST(MplsLabel, DefaultIsNoLabelAndBoundsAreTwentyBits) {
    EXPECT_EQ(MplsLabel().value(), 1048576u);
-   EXPECT_EQ(MplsLabel().value(), 0x100000u);
    EXPECT_FALSE(MplsLabel().isValid());
    EXPECT_EQ(MplsLabel::noLabel(), MplsLabel(0x100000));
    EXPECT_TRUE(MplsLabel(0).isValid());
@@ -27,7 +24,6 @@ TEST(MplsLabel, DefaultIsNoLabelAndBoundsAreTwentyBits) {
 TEST(MplsLabel, OrderHashAndText) {
    EXPECT_LT(MplsLabel(16), MplsLabel(17));
    EXPECT_LT(MplsLabel(1048575), MplsLabel());
-   EXPECT_EQ(MplsLabel(16).hash(), MplsLabel(16).hash());
    EXPECT_NE(MplsLabel(16).hash(), MplsLabel(17).hash());
    for (std::uint32_t v : {0u, 3u, 16u, 999999u, 1048575u, 1048576u}) {
       MplsLabel l(v);
@@ -40,36 +36,6 @@ TEST(MplsLabel, OrderHashAndText) {
    EXPECT_THROW(MplsLabel::parse("-1"), Kor::ParseError);
    EXPECT_THROW(MplsLabel::parse("16 "), Kor::ParseError);
    EXPECT_THROW(MplsLabel::parse(""), Kor::ParseError);
-}
-
-TEST(MplsLabel, WorksAsHashKey) {
-   Kor::HashSet<MplsLabel> set;
-   set.insert(MplsLabel(16));
-   set.insert(MplsLabel(16));
-   set.insert(MplsLabel());
-   EXPECT_EQ(set.size(), 2u);
-   EXPECT_EQ(set.count(MplsLabel(16)), 1u);
-   EXPECT_EQ(set.count(MplsLabel(17)), 0u);
-}
-
-TEST(MplsLabelOperation, EmptyPositionsHoldNoLabel) {
-   MplsLabelOperation op;
-   EXPECT_EQ(op.stackSize(), 0);
-   EXPECT_TRUE(op.empty());
-   ASSERT_EQ(op.labelStack().size(), MplsLabelOperation::kMaxLabels);
-   for (MplsLabel l : op.labelStack()) {
-      EXPECT_EQ(l.value(), 1048576u);
-   }
-   op.push(MplsLabel(100));
-   op.push(MplsLabel(200));
-   EXPECT_EQ(op.stackSize(), 2);
-   EXPECT_EQ(op.labelStack(0), MplsLabel(100));
-   EXPECT_EQ(op.labelStack(1), MplsLabel(200));
-   EXPECT_EQ(op.labelStack(2), MplsLabel());
-   EXPECT_EQ(op.labelStack()[7], MplsLabel());
-   EXPECT_EQ(op.labelStack(1000), MplsLabel());
-   op.clear();
-   EXPECT_EQ(op, MplsLabelOperation());
 }
 
 TEST(MplsLabelOperation, RejectsNoLabelAndOverflow) {
@@ -100,8 +66,6 @@ TEST(MplsLabelOperation, EqualityOrderAndHash) {
    EXPECT_FALSE(ba < ab);
    EXPECT_FALSE(a < b);
    EXPECT_FALSE(b < a);
-   Kor::HashSet<MplsLabelOperation> set{a, b, ab, ba, MplsLabelOperation()};
-   EXPECT_EQ(set.size(), 4u);
 }
 
 TEST(MplsLabelOperation, TextRoundTrip) {
@@ -120,19 +84,6 @@ TEST(MplsLabelOperation, TextRoundTrip) {
       EXPECT_THROW(MplsLabelOperation::parse(bad), Kor::ParseError) << bad;
    }
    EXPECT_THROW(MplsLabelOperation::parse("[1, 2, 3, 4, 5, 6, 7, 8, 9]"), Kor::RangeError);
-}
-
-TEST(MplsLabelAction, NamesAndParse) {
-   EXPECT_EQ(static_cast<int>(Wire::MplsLabelAction()), 0);
-   EXPECT_EQ(Wire::stringValue(Wire::MplsLabelAction::swap), "swap");
-   EXPECT_EQ(Kor::toText(Wire::MplsLabelAction::push), "push");
-   for (const auto& [value, name] : Wire::mplsLabelActionRegistry().members()) {
-      EXPECT_EQ(Wire::parseMplsLabelAction(name), value);
-      EXPECT_EQ(Wire::stringValue(value), name);
-   }
-   EXPECT_THROW(Wire::parseMplsLabelAction("twist"), Kor::EnumError);
-   EXPECT_EQ(Kor::toText(Wire::AddressingMethod::indirect), "indirect");
-   EXPECT_EQ(Wire::parseAddressingMethod("direct"), Wire::AddressingMethod::direct);
 }
 
 }  // namespace
