@@ -44,17 +44,23 @@ int main(int argc, char** argv) {
    bool benchJson = false;
    auto* bench =
        app.add_subcommand("bench", "Measure the library on a synthetic LFIB in real time");
-   bench->add_option("--routes", scale.routes, "Transit routes")->capture_default_str();
+   auto* routesOption =
+       bench->add_option("--routes", scale.routes, "Transit routes")->capture_default_str();
    bench->add_option("--via-sets", scale.viaSets, "ECMP via sets the routes share")
        ->capture_default_str();
    bench->add_option("--next-hops", scale.nextHops, "Resolved next hops")->capture_default_str();
    bench->add_option("--width", scale.width, "Vias per via set")->capture_default_str();
-   bench->add_option("--decap-routes", scale.decapRoutes, "Decap routes (VRF and VLAN)")
-       ->capture_default_str();
+   auto* decapOption =
+       bench
+           ->add_option("--decap-routes", scale.decapRoutes,
+                        "Decap routes (VRF and VLAN); alone, no transit routes unless --routes")
+           ->capture_default_str();
    bench->add_flag("--in-place-update", scale.inPlaceUpdate,
                    "Turn the InPlaceMplsAdjacencyUpdate toggle on");
    bench->add_option("--timeout", scale.timeout, "Give up after this many seconds")
        ->capture_default_str();
+   bench->add_flag("--restart", scale.restart,
+                   "Once converged, restart the agent and measure its way back");
    bench->add_flag("--json", benchJson, "Print one JSON object");
 
    try {
@@ -66,6 +72,9 @@ int main(int argc, char** argv) {
 
    if (*run) {
       return sim::runScenarioCommand(file, runJson, std::cout, std::cerr);
+   }
+   if (decapOption->count() > 0 && routesOption->count() == 0) {
+      scale.routes = 0;
    }
    try {
       sim::ScaleHarness::validate(scale);
