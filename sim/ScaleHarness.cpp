@@ -59,9 +59,15 @@ nlohmann::json ScaleResult::json() const {
                          {"converged", converged},
                          {"publishSeconds", publishSeconds},
                          {"convergeSeconds", convergeSeconds},
+                         {"publishCpuSeconds", publishCpuSeconds},
+                         {"convergeCpuSeconds", convergeCpuSeconds},
                          {"routesPerSecond", routesPerSecond},
                          {"bytesPerRoute", bytesPerRoute},
                          {"longestPassMs", longestPassMs},
+                         {"longestPassCpuMs", longestPassCpuMs},
+                         {"decapSeconds", decapSeconds},
+                         {"decapRoutesPerSecond", decapRoutesPerSecond},
+                         {"decapLongestRunMs", decapLongestRunMs},
                          {"reviewPasses", reviewPasses},
                          {"l2Adjacencies", l2Adjacencies},
                          {"macChangeMs", macChangeMs},
@@ -71,6 +77,15 @@ nlohmann::json ScaleResult::json() const {
                          {"macChangeAdjacencyWrites", macChangeAdjacencyWrites},
                          {"forwardedPackets", forwardedPackets},
                          {"packetsPerSecond", packetsPerSecond},
+                         {"restarted", restarted},
+                         {"restartConverged", restartConverged},
+                         {"restartSeconds", restartSeconds},
+                         {"restartCpuSeconds", restartCpuSeconds},
+                         {"restartChipWrites", restartChipWrites},
+                         {"restartRouteWrites", restartRouteWrites},
+                         {"restartRouteDeletes", restartRouteDeletes},
+                         {"restartAdjacencyWrites", restartAdjacencyWrites},
+                         {"restartAdjacencyDeletes", restartAdjacencyDeletes},
                          {"timeMode", "monotonic"}};
 }
 
@@ -80,17 +95,34 @@ std::string ScaleResult::text() const {
       << ", next hops " << nextHops << ", in-place update " << (inPlaceUpdate ? "on" : "off")
       << "\n";
    os << "converged          " << (converged ? "yes" : "NO (timed out)") << "\n";
-   os << "publish            " << publishSeconds << " s\n";
-   os << "converge           " << convergeSeconds << " s (real time)\n";
+   os << "publish            " << publishSeconds << " s (" << publishCpuSeconds
+      << " s processor time)\n";
+   os << "converge           " << convergeSeconds << " s real time (" << convergeCpuSeconds
+      << " s processor time)\n";
    os << "routes per second  " << static_cast<std::uint64_t>(routesPerSecond) << "\n";
    os << "bytes per route    " << static_cast<std::uint64_t>(bytesPerRoute) << "\n";
-   os << "longest pass       " << longestPassMs << " ms over " << reviewPasses << " passes\n";
+   os << "longest pass       " << longestPassMs << " ms (" << longestPassCpuMs
+      << " ms processor time) over " << reviewPasses << " passes\n";
+   if (decapRoutes > 0) {
+      os << "decap              " << decapSeconds << " s, "
+         << static_cast<std::uint64_t>(decapRoutesPerSecond) << " routes/s, longest task run "
+         << decapLongestRunMs << " ms\n";
+   }
    os << "L2 adjacencies     " << l2Adjacencies << "\n";
-   os << "MAC change         " << macChangeMs << " ms (" << macChangeWorkMs << " ms of work)"
-      << (macChangeConverged ? "" : " (NOT converged)") << ", " << macChangeRouteWrites
-      << " route writes, " << macChangeAdjacencyWrites << " adjacency writes\n";
+   if (routes > 0) {
+      os << "MAC change         " << macChangeMs << " ms (" << macChangeWorkMs << " ms of work)"
+         << (macChangeConverged ? "" : " (NOT converged)") << ", " << macChangeRouteWrites
+         << " route writes, " << macChangeAdjacencyWrites << " adjacency writes\n";
+   }
    os << "forwarding         " << static_cast<std::uint64_t>(packetsPerSecond)
       << " packets per second (model, " << forwardedPackets << " frames)\n";
+   if (restarted) {
+      os << "restart            " << restartSeconds << " s (" << restartCpuSeconds
+         << " s processor time)" << (restartConverged ? "" : " (NOT converged)") << ", "
+         << restartChipWrites << " chip operations: routes " << restartRouteWrites << " written, "
+         << restartRouteDeletes << " deleted; adjacencies " << restartAdjacencyWrites
+         << " written, " << restartAdjacencyDeletes << " deleted\n";
+   }
    return os.str();
 }
 
@@ -252,6 +284,90 @@ bool ScaleHarness::macChangeDone(const Wire::EthAddr& oldMac) const {
    return true;
 }
 
+void ScaleHarness::settle() {
+   Loom::EventLoop& loop = *agent_->loop();
+   loop.runFor(0.01);
+   const auto settleStart = std::chrono::steady_clock::now();
+   while (!settled() && since(settleStart) < options_.timeout) {
+      loop.runFor(0.005);
+   }
+}
+
+void ScaleHarness::measureMacChange(ScaleResult& r) {
+   Loom::EventLoop& loop = *agent_->loop();
+   // Every route is in hardware, yet the transit machine goes on publishing the confirmations
+   // to the shared status for a while (at a million routes, most of them). A change made now
+   // would wait behind a whole review pass of that work and be timed with it: let the agent
+   // settle first.
+   settle();
+   // One neighbour moves to a new MAC; every adjacency through it must follow.
+   const Wire::EthAddr oldMac = nextHopMac(0, 0);
+   const std::uint64_t routeWrites = agent_->chip().routeWrites();
+   const std::uint64_t adjWrites = agent_->chip().adjacencyWrites();
+   const auto macStart = std::chrono::steady_clock::now();
+   const double cpuStart = threadCpuSeconds();
+   // The harness's own checks walk the tables (every route, at the end): their time is taken
+   // out of the measurement.
+   double checking = 0.0;
+   double checkingCpu = 0.0;
+   cp_->neighbor(nextHopAddr(0), nextHopIntf(0), nextHopMac(0, 1), Bridging::VlanId(10),
+                 nextHopIntf(0));
+   for (;;) {
+      loop.runUntilIdle();
+      const double elapsed = since(macStart) - checking;
+      const double work = threadCpuSeconds() - cpuStart - checkingCpu;
+      const auto checkStart = std::chrono::steady_clock::now();
+      const double checkCpuStart = threadCpuSeconds();
+      const bool done = macChangeDone(oldMac);
+      checking += since(checkStart);
+      checkingCpu += threadCpuSeconds() - checkCpuStart;
+      if (done || elapsed > options_.timeout) {
+         r.macChangeConverged = done;
+         r.macChangeMs = elapsed * 1000.0;
+         r.macChangeWorkMs = work * 1000.0;
+         break;
+      }
+      // Sleep until the next wake-up and no longer, so that the end is seen when it happens
+      // rather than at the next poll; nothing armed (which should not happen before the end)
+      // falls back to a short poll.
+      const double next = loop.nextWakeUp();
+      loop.runFor(std::isfinite(next) ? std::max(0.0, next - loop.now()) : 0.0005);
+   }
+   r.macChangeRouteWrites = agent_->chip().routeWrites() - routeWrites;
+   r.macChangeAdjacencyWrites = agent_->chip().adjacencyWrites() - adjWrites;
+}
+
+void ScaleHarness::measureRestart(ScaleResult& r) {
+   Loom::EventLoop& loop = *agent_->loop();
+   settle();
+   const Chip& chip = agent_->chip();
+   const std::uint64_t routeWrites = chip.routeWrites();
+   const std::uint64_t routeDeletes = chip.routeDeletes();
+   const std::uint64_t adjWrites = chip.adjacencyWrites();
+   const std::uint64_t adjDeletes = chip.adjacencyDeletes();
+   const auto start = std::chrono::steady_clock::now();
+   const double cpuStart = threadCpuSeconds();
+   agent_->restart();
+   r.restarted = true;
+   for (;;) {
+      loop.runFor(0.005);
+      const bool done = transitConverged() && settled();
+      const double elapsed = since(start);
+      if (done || elapsed > options_.timeout) {
+         r.restartConverged = done;
+         r.restartSeconds = elapsed;
+         r.restartCpuSeconds = threadCpuSeconds() - cpuStart;
+         break;
+      }
+   }
+   r.restartRouteWrites = chip.routeWrites() - routeWrites;
+   r.restartRouteDeletes = chip.routeDeletes() - routeDeletes;
+   r.restartAdjacencyWrites = chip.adjacencyWrites() - adjWrites;
+   r.restartAdjacencyDeletes = chip.adjacencyDeletes() - adjDeletes;
+   r.restartChipWrites = r.restartRouteWrites + r.restartRouteDeletes + r.restartAdjacencyWrites +
+                         r.restartAdjacencyDeletes;
+}
+
 ScaleResult ScaleHarness::run(const Progress& progress) {
    Log::ToggleService::toggleIs("InPlaceMplsAdjacencyUpdate", options_.inPlaceUpdate);
    AgentOptions agentOptions;
@@ -280,8 +396,10 @@ ScaleResult ScaleHarness::run(const Progress& progress) {
    }
    const std::size_t memBefore = residentBytes();
    const auto start = std::chrono::steady_clock::now();
+   const double cpuStart = threadCpuSeconds();
    publishLfib(progress);
    r.publishSeconds = since(start);
+   r.publishCpuSeconds = threadCpuSeconds() - cpuStart;
 
    const std::size_t total = options_.routes + options_.decapRoutes;
    double lastReport = 0.0;
@@ -290,9 +408,13 @@ ScaleResult ScaleHarness::run(const Progress& progress) {
       bool transit = transitConverged();
       bool decap = !agent_->decapSm() || decapConverged();
       double elapsed = since(start);
+      if (decap && options_.decapRoutes > 0 && r.decapSeconds == 0.0) {
+         r.decapSeconds = elapsed;
+      }
       if (transit && decap) {
          r.converged = true;
          r.convergeSeconds = elapsed;
+         r.convergeCpuSeconds = threadCpuSeconds() - cpuStart;
          break;
       }
       if (elapsed > options_.timeout) {
@@ -322,56 +444,23 @@ ScaleResult ScaleHarness::run(const Progress& progress) {
       r.routesPerSecond = static_cast<double>(total) / r.convergeSeconds;
    }
    r.longestPassMs = agent_->mplsSm()->longestReviewPass() * 1000.0;
+   r.longestPassCpuMs = loop.longestFire(*agent_->clock()).cpu * 1000.0;
    r.reviewPasses = agent_->mplsSm()->reviewCount();
+   if (r.decapSeconds > 0) {
+      r.decapRoutesPerSecond = static_cast<double>(options_.decapRoutes) / r.decapSeconds;
+   }
+   if (agent_->decapSm()) {
+      r.decapLongestRunMs = agent_->decapSm()->reviewRouteKeyBacklog()->longestRun() * 1000.0;
+   }
    if (auto config = agent_->defaultVrfConfig()) {
       r.l2Adjacencies = config->l2Adjacencies();
    }
 
    if (r.converged && options_.routes > 0) {
-      // Every route is in hardware, yet the transit machine goes on publishing the confirmations
-      // to the shared status for a while (at a million routes, most of them). A change made now
-      // would wait behind a whole review pass of that work and be timed with it: let the agent
-      // settle first.
-      loop.runFor(0.01);
-      const auto settleStart = std::chrono::steady_clock::now();
-      while (!settled() && since(settleStart) < options_.timeout) {
-         loop.runFor(0.005);
-      }
-      // One neighbour moves to a new MAC; every adjacency through it must follow.
-      const Wire::EthAddr oldMac = nextHopMac(0, 0);
-      const std::uint64_t routeWrites = agent_->chip().routeWrites();
-      const std::uint64_t adjWrites = agent_->chip().adjacencyWrites();
-      const auto macStart = std::chrono::steady_clock::now();
-      const double cpuStart = threadCpuSeconds();
-      // The harness's own checks walk the tables (every route, at the end): their time is taken
-      // out of the measurement.
-      double checking = 0.0;
-      double checkingCpu = 0.0;
-      cp_->neighbor(nextHopAddr(0), nextHopIntf(0), nextHopMac(0, 1), Bridging::VlanId(10),
-                    nextHopIntf(0));
-      for (;;) {
-         loop.runUntilIdle();
-         const double elapsed = since(macStart) - checking;
-         const double work = threadCpuSeconds() - cpuStart - checkingCpu;
-         const auto checkStart = std::chrono::steady_clock::now();
-         const double checkCpuStart = threadCpuSeconds();
-         const bool done = macChangeDone(oldMac);
-         checking += since(checkStart);
-         checkingCpu += threadCpuSeconds() - checkCpuStart;
-         if (done || elapsed > options_.timeout) {
-            r.macChangeConverged = done;
-            r.macChangeMs = elapsed * 1000.0;
-            r.macChangeWorkMs = work * 1000.0;
-            break;
-         }
-         // Sleep until the next wake-up and no longer, so that the end is seen when it happens
-         // rather than at the next poll; nothing armed (which should not happen before the end)
-         // falls back to a short poll.
-         const double next = loop.nextWakeUp();
-         loop.runFor(std::isfinite(next) ? std::max(0.0, next - loop.now()) : 0.0005);
-      }
-      r.macChangeRouteWrites = agent_->chip().routeWrites() - routeWrites;
-      r.macChangeAdjacencyWrites = agent_->chip().adjacencyWrites() - adjWrites;
+      measureMacChange(r);
+   }
+   if (r.converged && options_.restart) {
+      measureRestart(r);
    }
    if (r.converged) {
       measureForwarding(r, 200000);

@@ -24,6 +24,9 @@ struct ScaleOptions {
    std::size_t decapRoutes = 0;
    // The "InPlaceMplsAdjacencyUpdate" toggle.
    bool inPlaceUpdate = false;
+   // Once converged (and after the MAC change), restart the agent's state machines over the
+   // surviving tables and measure the new incarnation's way back.
+   bool restart = false;
    // Give up when convergence takes longer than this, in seconds of real time.
    double timeout = 900.0;
    // Where to write the timeline of the convergence (Timeline.h, real time); "" for none.
@@ -42,11 +45,24 @@ struct ScaleResult {
    double publishSeconds = 0.0;
    // From the first LFIB write until every route is in hardware.
    double convergeSeconds = 0.0;
+   // The processor time of the agent's thread over the same two windows: on a busy machine the
+   // real times above include the time other processes held the processor.
+   double publishCpuSeconds = 0.0;
+   double convergeCpuSeconds = 0.0;
    double routesPerSecond = 0.0;
    // Resident memory growth from before the LFIB was written until convergence, per route.
    double bytesPerRoute = 0.0;
-   // The transit machine's longest review pass.
+   // The transit machine's longest review pass, and the processor time of the longest run of its
+   // wake-up (the same pass, timed by the event loop): a pass much longer than its processor
+   // time was preempted by a busy machine, not overrunning its time box.
    double longestPassMs = 0.0;
+   double longestPassCpuMs = 0.0;
+   // Decap routes programmed per second, from the first LFIB write until the decap helper holds
+   // every mapping, and the longest run of the decap machine's backlog task (its slice is the
+   // scheduler's quantum).
+   double decapSeconds = 0.0;
+   double decapRoutesPerSecond = 0.0;
+   double decapLongestRunMs = 0.0;
    std::uint64_t reviewPasses = 0;
    // From one next hop's MAC change, made once the agent has settled after convergence, until
    // every adjacency and route through it carries the new MAC. It includes the transit machine's
@@ -67,6 +83,18 @@ struct ScaleResult {
    // one after another, in wall time (parsing and building the frame bytes included).
    std::size_t forwardedPackets = 0;
    double packetsPerSecond = 0.0;
+   // The restart, when asked for: from the restart until the new incarnation has every route
+   // programmed and published again and nothing is left to clean up, and the chip operations
+   // (route and adjacency writes and deletes) it caused.
+   bool restarted = false;
+   bool restartConverged = false;
+   double restartSeconds = 0.0;
+   double restartCpuSeconds = 0.0;
+   std::uint64_t restartChipWrites = 0;
+   std::uint64_t restartRouteWrites = 0;
+   std::uint64_t restartRouteDeletes = 0;
+   std::uint64_t restartAdjacencyWrites = 0;
+   std::uint64_t restartAdjacencyDeletes = 0;
 
    nlohmann::json json() const;
    std::string text() const;
@@ -110,6 +138,10 @@ class ScaleHarness {
    // every change, the decap side is done.
    bool settled() const;
    bool macChangeDone(const Wire::EthAddr& oldMac) const;
+   void measureMacChange(ScaleResult& r);
+   void measureRestart(ScaleResult& r);
+   // Runs the loop until the agent has settled (or the timeout).
+   void settle();
 
    ScaleOptions options_;
    std::unique_ptr<Agent> agent_;

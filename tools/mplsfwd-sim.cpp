@@ -85,9 +85,9 @@ int main(int argc, char** argv) {
    bool benchJson = false;
    auto* bench =
        app.add_subcommand("bench", "Measure the library on a synthetic LFIB in real time");
-   bench->add_option("--routes", scale.routes, "Transit routes")
-       ->check(nonNegative)
-       ->capture_default_str();
+   auto* routesOption = bench->add_option("--routes", scale.routes, "Transit routes")
+                            ->check(nonNegative)
+                            ->capture_default_str();
    bench->add_option("--via-sets", scale.viaSets, "ECMP via sets the routes share")
        ->check(nonNegative)
        ->capture_default_str();
@@ -97,14 +97,19 @@ int main(int argc, char** argv) {
    bench->add_option("--width", scale.width, "Vias per via set")
        ->check(nonNegative)
        ->capture_default_str();
-   bench->add_option("--decap-routes", scale.decapRoutes, "Decap routes (VRF and VLAN)")
-       ->check(nonNegative)
-       ->capture_default_str();
+   auto* decapOption =
+       bench
+           ->add_option("--decap-routes", scale.decapRoutes,
+                        "Decap routes (VRF and VLAN); alone, no transit routes unless --routes")
+           ->check(nonNegative)
+           ->capture_default_str();
    bench->add_flag("--in-place-update", scale.inPlaceUpdate,
                    "Turn the InPlaceMplsAdjacencyUpdate toggle on");
    bench->add_option("--timeout", scale.timeout, "Give up after this many seconds")
        ->check(nonNegative)
        ->capture_default_str();
+   bench->add_flag("--restart", scale.restart,
+                   "Once converged, restart the agent and measure its way back");
    bench->add_flag("--json", benchJson, "Print one JSON object");
    bench->add_option("--timeline", scale.timeline,
                      "Write the convergence timeline (real time) to this CSV file");
@@ -140,6 +145,9 @@ int main(int argc, char** argv) {
    if (*explain) {
       return sim::explainCommand(explainFile, explainLabel, afterStep, explainJson, std::cout,
                                  std::cerr);
+   }
+   if (decapOption->count() > 0 && routesOption->count() == 0) {
+      scale.routes = 0;
    }
    try {
       sim::ScaleHarness::validate(scale);

@@ -76,6 +76,12 @@ void MplsSm::doMaybeScheduleReview(const L3::VrfName& vrf) {
       delay = reviewInterval_;
       SM_TRACE(8, " Review interval for vrf " << vrf << " is " << delay << " seconds.");
    }
+   // Armed earlier with a delay no longer than this one, the clock wakes up no later than this
+   // request needs: nothing to move, and no need to read the time (a handler that runs once per
+   // route of a million-route LFIB would otherwise read it once per route).
+   if (clock_->armed() && currentReviewInterval_ <= delay) {
+      return;
+   }
    double wakeUp = clock_->now() + delay;
    if (clock_->timeMin() > wakeUp) {
       clock_->timeMinIs(wakeUp);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <ctime>
 #include <stdexcept>
 #include <thread>
 
@@ -22,6 +23,17 @@ EventLoop::~EventLoop() {
    for (auto& [clock, slot] : clockSlot_) {
       const_cast<Kor::Clock*>(clock)->sourceGone();
    }
+}
+
+EventLoop::FireTime EventLoop::longestFire(const Kor::Clock& clock) const {
+   auto it = clockSlot_.find(&clock);
+   return it == clockSlot_.end() ? FireTime{} : slots_[it->second].longest;
+}
+
+double EventLoop::threadCpuNow() {
+   timespec ts{};
+   clock_gettime(CLOCK_THREAD_CPUTIME_ID, &ts);
+   return static_cast<double>(ts.tv_sec) + static_cast<double>(ts.tv_nsec) * 1e-9;
 }
 
 double EventLoop::realNow() const {
@@ -70,6 +82,7 @@ std::uint32_t EventLoop::slotNew(SlotKind kind, void* target) {
    s.target = target;
    s.armed = false;
    s.time = never();
+   s.longest = FireTime{};
    return slot;
 }
 
@@ -161,7 +174,19 @@ void EventLoop::fire(std::uint32_t slot) {
       // A counted clock is kept alive while its reactors run, so that a reactor dropping the
       // last reference does not delete it under the notification.
       Kor::Ptr<Kor::Clock> keep(clock->references() > 0 ? clock : nullptr);
+      if (mode_ != TimeMode::monotonic) {
+         clock->fire();
+         return;
+      }
+      const double wallStart = realNow();
+      const double cpuStart = threadCpuNow();
       clock->fire();
+      const double wall = realNow() - wallStart;
+      // The slot may have been freed by the reactor (the clock went away): keep nothing then.
+      Slot& after = slots_[slot];
+      if (after.kind == SlotKind::clock && after.target == clock && wall > after.longest.wall) {
+         after.longest = FireTime{wall, threadCpuNow() - cpuStart};
+      }
    } else if (s.kind == SlotKind::timerTask) {
       static_cast<TimerTask*>(s.target)->timeReached();
    }

@@ -82,6 +82,15 @@ class EventLoop : public Kor::PtrInterface, public Kor::TimeSource {
    void afterStepIs(std::function<void()> f) { afterStep_ = std::move(f); }
    std::size_t armedWakeUps() const { return armed_; }
 
+   // The longest run of one clock's wake-up in real time, and the processor time of that same run,
+   // in seconds; measured only with monotonic time (zero otherwise, and for an unknown clock). The
+   // processor time tells a long wake-up apart from one that the machine preempted.
+   struct FireTime {
+      double wall = 0.0;
+      double cpu = 0.0;
+   };
+   FireTime longestFire(const Kor::Clock& clock) const;
+
    // Kor::TimeSource.
    void clockTimeMinChanged(Kor::Clock& clock) override;
    void clockGone(Kor::Clock& clock) override;
@@ -97,6 +106,7 @@ class EventLoop : public Kor::PtrInterface, public Kor::TimeSource {
       std::uint64_t generation = 0;
       double time = never();
       void* target = nullptr;
+      FireTime longest;
    };
    struct Entry {
       double time;
@@ -127,6 +137,7 @@ class EventLoop : public Kor::PtrInterface, public Kor::TimeSource {
    Step step(double horizon);
    void fire(std::uint32_t slot);
    double realNow() const;
+   static double threadCpuNow();
    void refresh();
    std::size_t run(double horizon, std::size_t limit);
 

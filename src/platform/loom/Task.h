@@ -46,6 +46,9 @@ class Task : public Kor::Entity {
    void workCountInc(std::uint64_t n = 1) { workCount_ += n; }
    void taskWorkCountInc(std::uint64_t n = 1) { workCountInc(n); }
    std::uint64_t runCount() const { return runCount_; }
+   // The longest of its runs, in seconds of the loop's time: with real time, a run that stays
+   // within its slice takes at most the scheduler's quantum plus the item under way.
+   double longestRun() const { return longestRun_; }
 
  protected:
    // The task's work; the default calls the body given at construction, if any.
@@ -62,6 +65,7 @@ class Task : public Kor::Entity {
    Task* next_ = nullptr;
    std::uint64_t workCount_ = 0;
    std::uint64_t runCount_ = 0;
+   double longestRun_ = 0.0;
 };
 
 }  // namespace Loom

@@ -3,7 +3,6 @@
 namespace Mpls {
 
 namespace {
-const LfibStatus::RouteKeySet emptyRouteKeys;
 const LfibStatus::ViaSetKeySet emptyViaSetKeys;
 }  // namespace
 
@@ -44,9 +43,9 @@ void LfibStatus::lfibRouteDelAll() {
    Kor::deleteEachKey(route_, [this](const RouteKey& k) { lfibRouteDel(k); });
 }
 
-const LfibStatus::RouteKeySet& LfibStatus::routeKeysOfViaSet(const LfibViaSetKey& key) const {
+LfibStatus::RouteKeysOfViaSet LfibStatus::routeKeysOfViaSet(const LfibViaSetKey& key) const {
    auto it = routesOfViaSet_.find(key);
-   return it == routesOfViaSet_.end() ? emptyRouteKeys : it->second;
+   return RouteKeysOfViaSet(this, key, it == routesOfViaSet_.end() ? Users() : it->second);
 }
 
 LfibViaSet LfibStatus::viaSet(const LfibViaSetKey& key) const {
@@ -113,17 +112,39 @@ void LfibStatus::dot1qTagToVlanCollDel(const LfibDot1qTagToVlanKey& key) {
    }
 }
 
+LfibStatus::Link& LfibStatus::linkAt(std::uint32_t label) {
+   return routeLink_.find(Kor::DenseIndex<RouteKey>::key(label)).value();
+}
+
 void LfibStatus::indexRoute(const LfibRoute& route) {
-   routesOfViaSet_[route.viaSetKey()].insert(route.key());
+   Users& users = routesOfViaSet_[route.viaSetKey()];
+   const std::uint32_t label = Kor::DenseIndex<RouteKey>::index(route.key());
+   routeLink_.try_emplace(route.key(), Link{kNoLink, users.head});
+   if (users.head != kNoLink) {
+      linkAt(users.head).prev = label;
+   }
+   users.head = label;
+   ++users.size;
 }
 
 void LfibStatus::unindexRoute(const LfibRoute& route) {
-   auto it = routesOfViaSet_.find(route.viaSetKey());
-   if (it != routesOfViaSet_.end()) {
-      it->second.erase(route.key());
-      if (it->second.empty()) {
-         routesOfViaSet_.erase(it);
-      }
+   auto users = routesOfViaSet_.find(route.viaSetKey());
+   auto link = routeLink_.find(route.key());
+   if (users == routesOfViaSet_.end() || link == routeLink_.end()) {
+      return;
+   }
+   const Link l = link->second;
+   routeLink_.erase(link);
+   if (l.prev != kNoLink) {
+      linkAt(l.prev).next = l.next;
+   } else {
+      users->second.head = l.next;
+   }
+   if (l.next != kNoLink) {
+      linkAt(l.next).prev = l.prev;
+   }
+   if (--users->second.size == 0) {
+      routesOfViaSet_.erase(users);
    }
 }
 

@@ -1,5 +1,9 @@
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
+#include <iterator>
+
 #include <mplsfwd/kor/AttrOps.h>
 #include <mplsfwd/kor/Collections.h>
 #include <mplsfwd/kor/Entity.h>
@@ -38,7 +42,7 @@ class LfibStatus : public Kor::Entity {
    };
    using RouteMap = DenseRouteMap<LfibRoute>;
    using ViaSetMap = Kor::HashMap<LfibViaSetKey, LfibViaSet>;
-   using RouteKeySet = Kor::FlatHashSet<RouteKey>;
+   class RouteKeysOfViaSet;
    using ViaSetKeySet = Kor::HashSet<LfibViaSetKey>;
    using Dot1qCollMap = Kor::HashMap<LfibDot1qTagToVlanKey, Kor::Ptr<LfibDot1qTagToVlan>>;
 
@@ -53,8 +57,9 @@ class LfibStatus : public Kor::Entity {
    void lfibRouteDelAll();
    const RouteMap& lfibRouteMap() const { return route_; }
    std::size_t lfibRoutes() const { return route_.size(); }
-   // The routes whose via set is `key` (empty set when none).
-   const RouteKeySet& routeKeysOfViaSet(const LfibViaSetKey& key) const;
+   // The routes whose via set is `key` (empty when none), newest first. A view: valid until the
+   // routes change.
+   RouteKeysOfViaSet routeKeysOfViaSet(const LfibViaSetKey& key) const;
 
    // Via sets.
    LfibViaSet viaSet(const LfibViaSetKey& key) const;
@@ -155,6 +160,20 @@ class LfibStatus : public Kor::Entity {
          notify(h, k);
       }
    }
+   // The routes of one via set form a list threaded through a label-indexed array of links: a
+   // route joins or leaves its via set's list with no hashing and no allocation, where a set of
+   // keys per via set cost a hash insertion and most of the memory of the index.
+   static constexpr std::uint32_t kNoLink = 0xffffffffu;
+   struct Link {
+      std::uint32_t prev = kNoLink;
+      std::uint32_t next = kNoLink;
+   };
+   struct Users {
+      std::uint32_t head = kNoLink;
+      std::uint32_t size = 0;
+   };
+
+   Link& linkAt(std::uint32_t label);
    void indexRoute(const LfibRoute& route);
    void unindexRoute(const LfibRoute& route);
    void indexViaSet(const LfibViaSet& viaSet);
@@ -162,7 +181,8 @@ class LfibStatus : public Kor::Entity {
 
    RouteMap route_;
    ViaSetMap viaSet_;
-   Kor::HashMap<LfibViaSetKey, RouteKeySet> routesOfViaSet_;
+   DenseRouteMap<Link> routeLink_;
+   Kor::HashMap<LfibViaSetKey, Users> routesOfViaSet_;
    Kor::HashMap<LfibViaKey, ViaSetKeySet> viaSetsOfVia_;
    ViaMap<LfibMplsVia> mplsVia_;
    ViaMap<LfibExtFecVia> extFecVia_;
@@ -174,6 +194,45 @@ class LfibStatus : public Kor::Entity {
    ViaMap<LfibEvpnVlanAwareFloodVia> evpnVlanAwareFloodVia_;
    ViaMap<LfibEvpnEthernetSegmentFilterVia> evpnEthernetSegmentFilterVia_;
    Dot1qCollMap dot1qColl_;
+};
+
+// The routes of one via set, walked through the LFIB's links.
+class LfibStatus::RouteKeysOfViaSet {
+ public:
+   class Iterator {
+    public:
+      using value_type = RouteKey;
+      using reference = RouteKey;
+      using difference_type = std::ptrdiff_t;
+      using iterator_category = std::forward_iterator_tag;
+      Iterator(const LfibStatus* lfib, std::uint32_t label) : lfib_(lfib), label_(label) {}
+      RouteKey operator*() const { return Kor::DenseIndex<RouteKey>::key(label_); }
+      Iterator& operator++() {
+         label_ = lfib_->routeLink_.find(**this)->second.next;
+         return *this;
+      }
+      bool operator==(const Iterator& o) const { return label_ == o.label_; }
+
+    private:
+      const LfibStatus* lfib_;
+      std::uint32_t label_;
+   };
+
+   RouteKeysOfViaSet(const LfibStatus* lfib, const LfibViaSetKey& key, Users users)
+       : lfib_(lfib), key_(key), users_(users) {}
+   Iterator begin() const { return Iterator(lfib_, users_.head); }
+   Iterator end() const { return Iterator(lfib_, kNoLink); }
+   std::size_t size() const { return users_.size; }
+   bool empty() const { return users_.size == 0; }
+   std::size_t count(const RouteKey& k) const {
+      const LfibRoute* route = lfib_->lfibRoutePtr(k);
+      return route && route->viaSetKey() == key_ ? 1 : 0;
+   }
+
+ private:
+   const LfibStatus* lfib_;
+   LfibViaSetKey key_;
+   Users users_;
 };
 
 }  // namespace Mpls

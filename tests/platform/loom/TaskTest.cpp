@@ -139,6 +139,8 @@ TEST_F(Tasks, YieldingTaskContinuesOnItsNextRun) {
    w.task.schedule();
    EXPECT_EQ(loop->runUntilIdle(), 4u);
    EXPECT_EQ(w.perRun, (std::vector<int>{3, 3, 3, 1}));
+   // A run stops at its quantum: four reads of the time, the last one past the slice.
+   EXPECT_DOUBLE_EQ(w.task.longestRun(), 0.5);
    EXPECT_EQ(w.left, 0);
    EXPECT_EQ(w.task.workCount(), 10u);
    EXPECT_FALSE(w.task.scheduled());

@@ -42,6 +42,21 @@ TEST(LfibStatus, AbsentLookupsYieldDefaultsAndIndicesFollowChanges) {
    EXPECT_EQ(lfib->routeKeysOfViaSet(vlanSet(2)).count(key(17)), 1u);
    lfib->lfibRouteDel(key(16));
    EXPECT_TRUE(lfib->routeKeysOfViaSet(vlanSet(1)).empty());
+   // The index is a list: taking routes out of its middle, head and tail keeps the rest linked.
+   for (std::uint32_t label : {20, 21, 22, 23, 24, 25}) {
+      lfib->lfibRouteIs(LfibRoute(key(label), vlanSet(3)));
+   }
+   for (std::uint32_t label : {22, 25, 21}) {
+      lfib->lfibRouteDel(key(label));
+   }
+   lfib->lfibRouteIs(LfibRoute(key(20), vlanSet(2)));
+   std::vector<std::uint32_t> users;
+   for (const RouteKey& k : lfib->routeKeysOfViaSet(vlanSet(3))) {
+      users.push_back(k.topLabel().value());
+   }
+   EXPECT_EQ(users, (std::vector<std::uint32_t>{24, 23}));
+   EXPECT_EQ(lfib->routeKeysOfViaSet(vlanSet(2)).size(), 2u);
+   EXPECT_EQ(lfib->routeKeysOfViaSet(vlanSet(3)).count(key(20)), 0u);
 
    lfib->viaSetIs(setOf(vlanSet(1), {vlanViaKey(5), vlanViaKey(6)}));
    lfib->viaSetIs(setOf(vlanSet(2), {vlanViaKey(5)}));
