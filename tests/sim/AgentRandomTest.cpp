@@ -800,21 +800,20 @@ TEST_P(AgentRandom, AdjacencyWay) {
    runSeed(seed, {.inPlace = seed % 2 == 1});
 }
 
-// Still failing on known faults (stale helper entries after a restart, refusals on the FEC way):
-// run with --gtest_also_run_disabled_tests.
-TEST_P(AgentRandom, DISABLED_FecWay) {
-   std::uint32_t seed = seedOf(GetParam());
-   runSeed(seed, {.fec = true, .inPlace = seed % 2 == 1});
-}
-TEST_P(AgentRandom, DISABLED_Restarts) {
-   std::uint32_t seed = seedOf(GetParam());
-   runSeed(seed, {.fec = seed % 2 == 0, .restarts = true, .inPlace = seed % 4 < 2});
-}
-
 INSTANTIATE_TEST_SUITE_P(Seeds, AgentRandom,
                          ::testing::Range(std::uint32_t(MPLSFWD_RANDOM_FIRST_SEED),
                                           std::uint32_t(MPLSFWD_RANDOM_FIRST_SEED +
                                                         MPLSFWD_RANDOM_SEEDS)));
+
+// The FEC way and restarts still find faults (refused FEC-way routes never retried, stale helper
+// entries after a restart, FULL twice in a row across a restart): run with
+// --gtest_also_run_disabled_tests.
+TEST(AgentRandomKnownFaults, DISABLED_FecWayAndRestarts) {
+   for (std::uint32_t seed = 1; seed <= 40; ++seed) {
+      runSeed(seedOf(seed), {.fec = true, .inPlace = seed % 2 == 1});
+      runSeed(seedOf(seed), {.fec = seed % 2 == 0, .restarts = true, .inPlace = seed % 4 < 2});
+   }
+}
 
 TEST(AgentRandomReplay, Replay) {
    const char* file = std::getenv("MPLSFWD_REPLAY");
