@@ -30,11 +30,11 @@ bool reviewIdle(Vrf& vrf) {
           vrf.l2AdjForReviewSet().empty();
 }
 
-void checkIndices(TransitAgent& agent, Vrf* vrf, Report& r) {
-   AdjacencyIndexHistory& history = agent.indexHistory;
-   if (history.generation != agent.generation()) {
+void checkIndices(const TransitParts& agent, Vrf* vrf, Report& r) {
+   AdjacencyIndexHistory& history = *agent.indexHistory;
+   if (history.generation != agent.generation) {
       history = AdjacencyIndexHistory();
-      history.generation = agent.generation();
+      history.generation = agent.generation;
    }
    Kor::HashMap<std::uint64_t, AdjacencyIndexHistory::Seen> current;
    auto see = [&](std::uint64_t index, Kind kind, const void* object) {
@@ -73,7 +73,7 @@ void checkIndices(TransitAgent& agent, Vrf* vrf, Report& r) {
    history.alive = std::move(current);
 }
 
-void checkL3Adjacencies(TransitAgent& agent, Vrf& vrf, bool idle, Report& r) {
+void checkL3Adjacencies(const TransitParts& agent, Vrf& vrf, bool idle, Report& r) {
    auto& hw = *agent.hwMplsStatus;
    for (const auto& [index, l3] : vrf.l3AdjacencyMap()) {
       if (l3->index() != index) {
@@ -157,7 +157,7 @@ void checkL3Adjacencies(TransitAgent& agent, Vrf& vrf, bool idle, Report& r) {
    }
 }
 
-void checkL2Adjacencies(TransitAgent& agent, Vrf& vrf, bool idle, Report& r) {
+void checkL2Adjacencies(const TransitParts& agent, Vrf& vrf, bool idle, Report& r) {
    auto& hw = *agent.hwMplsStatus;
    const auto& sharing = agent.sm->viaSetToHwL2AdjMap();
    for (const auto& [index, l2] : vrf.l2AdjacencyMap()) {
@@ -215,10 +215,10 @@ void checkL2Adjacencies(TransitAgent& agent, Vrf& vrf, bool idle, Report& r) {
    }
 }
 
-void checkRoutes(TransitAgent& agent, Vrf& vrf, bool idle, Report& r) {
+void checkRoutes(const TransitParts& agent, Vrf& vrf, bool idle, Report& r) {
    auto& hw = *agent.hwMplsStatus;
-   auto config = agent.vrfConfig();
-   auto status = agent.vrfStatus();
+   auto config = agent.vrfConfig;
+   auto status = agent.vrfStatus;
    for (const auto& [k, route] : vrf.routeMap()) {
       const auto& l3 = route->l3Adj();
       const auto& l2 = route->l2Adj();
@@ -292,8 +292,8 @@ void checkRoutes(TransitAgent& agent, Vrf& vrf, bool idle, Report& r) {
 }
 
 // Every route and L2 adjacency of the hardware configuration is backed by the state.
-void checkConfig(TransitAgent& agent, Vrf* vrf, Report& r) {
-   auto config = agent.vrfConfig();
+void checkConfig(const TransitParts& agent, Vrf* vrf, Report& r) {
+   auto config = agent.vrfConfig;
    if (!config) {
       return;
    }
@@ -321,7 +321,7 @@ void checkConfig(TransitAgent& agent, Vrf* vrf, Report& r) {
    }
 }
 
-void checkFecs(TransitAgent& agent, Vrf* vrf, bool idle, Report& r) {
+void checkFecs(const TransitParts& agent, Vrf* vrf, bool idle, Report& r) {
    if (!agent.sm->forwardingIntoExternalFecsSupported()) {
       if (vrf && vrf->extFecInfos() != 0) {
          r.fail("FEC records without FEC forwarding");
@@ -387,18 +387,17 @@ void checkFecs(TransitAgent& agent, Vrf* vrf, bool idle, Report& r) {
    if (!agent.helper || !idle) {
       return;
    }
-   auto status = agent.vrfStatus();
-   for (const auto& [k, entry] : agent.helper->routeMap()) {
+   auto status = agent.vrfStatus;
+   for (const auto& [k, fecId] : agent.helperRoutes) {
       auto route = vrf ? vrf->route(k) : nullptr;
-      if (!route || !route->extFecInfo() || route->extFecInfo()->fecId().value() != entry.fecId) {
-         r.fail("helper holds route ", k, " that the state does not forward into FEC ",
-                entry.fecId);
+      if (!route || !route->extFecInfo() || route->extFecInfo()->fecId().value() != fecId) {
+         r.fail("helper holds route ", k, " that the state does not forward into FEC ", fecId);
       }
    }
    if (vrf) {
       for (const auto& [k, route] : vrf->routeMap()) {
          if (route->extFecInfo() && !(status && status->unprogrammedRouteHas(k)) &&
-             !agent.helper->has(k)) {
+             !agent.helperRoutes.contains(k)) {
             r.fail("route ", k,
                    " forwarded into a FEC is neither programmed nor listed unprogrammed");
          }
@@ -407,7 +406,7 @@ void checkFecs(TransitAgent& agent, Vrf* vrf, bool idle, Report& r) {
 }
 
 // Exactly the VRF's next hops are watched, each once.
-void checkWatches(TransitAgent& agent, Vrf* vrf, Report& r) {
+void checkWatches(const TransitParts& agent, Vrf* vrf, Report& r) {
    Kor::HashSet<Fal::MonitoredNexthopSm::EntryKey> monitored;
    Kor::HashSet<Fal::VrfAndIpAddr> watched4;
    Kor::HashSet<Fal::VrfAndIpGenAddr> watched6;
@@ -485,12 +484,37 @@ void checkWatches(TransitAgent& agent, Vrf* vrf, Report& r) {
 
 }  // namespace
 
+TransitParts transitParts(TransitAgent& agent) {
+   TransitParts p;
+   p.sm = agent.sm;
+   p.generation = agent.generation();
+   p.indexHistory = &agent.indexHistory;
+   p.hwMplsStatus = agent.hwMplsStatus;
+   p.vrfConfig = agent.vrfConfig();
+   p.vrfStatus = agent.vrfStatus();
+   p.fecRequest = agent.fecRequest;
+   p.helper = agent.helper != nullptr;
+   if (agent.helper) {
+      for (const auto& [k, entry] : agent.helper->routeMap()) {
+         p.helperRoutes.emplace(k, entry.fecId);
+      }
+   }
+   p.monitoredNhSm = agent.monitoredNhSm;
+   p.routeReactorConfig = agent.routeReactorConfig;
+   p.route6ReactorConfig = agent.route6ReactorConfig;
+   return p;
+}
+
 std::vector<std::string> transitInvariantViolations(TransitAgent& agent) {
+   return transitInvariantViolations(transitParts(agent));
+}
+
+std::vector<std::string> transitInvariantViolations(const TransitParts& agent) {
    Report r;
    if (!agent.sm) {
       return r.lines;
    }
-   Kor::Ptr<Vrf> vrf = agent.state();
+   Kor::Ptr<Vrf> vrf = agent.sm->mplsState(L3::VrfName::defaultVrf());
    checkIndices(agent, vrf.ptr(), r);
    if (vrf) {
       bool idle = reviewIdle(*vrf);

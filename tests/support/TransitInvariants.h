@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -18,6 +20,24 @@ namespace TestSupport {
 // Returns one line per violation (empty when everything holds). Remembers the adjacency indices
 // it saw in agent.indexHistory, so call it on the same agent across a test.
 std::vector<std::string> transitInvariantViolations(TransitAgent& agent);
+
+// What the checks read of an agent, whichever harness assembled it.
+struct TransitParts {
+   Kor::Ptr<Fal::MplsSm> sm;
+   std::uint64_t generation = 0;  // one value per run of the machine (a restart changes it)
+   AdjacencyIndexHistory* indexHistory = nullptr;
+   Kor::Ptr<Mpls::Hardware::Status> hwMplsStatus;
+   Kor::Ptr<Fal::MplsHwVrfConfig> vrfConfig;
+   Kor::Ptr<Fal::MplsHwVrfStatus> vrfStatus;
+   Kor::Ptr<Fal::FecIdToHwFecIdRequest> fecRequest;
+   bool helper = false;                                   // a route helper is given
+   std::map<Mpls::RouteKey, std::uint64_t> helperRoutes;  // its routes and their FEC ids
+   Kor::Ptr<Fal::MonitoredNexthopSm> monitoredNhSm;
+   Kor::Ptr<Fal::RouteReactorConfig> routeReactorConfig;
+   Kor::Ptr<Fal::Route6ReactorConfig> route6ReactorConfig;
+};
+TransitParts transitParts(TransitAgent& agent);
+std::vector<std::string> transitInvariantViolations(const TransitParts& parts);
 
 // Reports each violation as a test failure.
 void checkTransitInvariants(TransitAgent& agent);
