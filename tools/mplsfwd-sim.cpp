@@ -68,8 +68,10 @@ int main(int argc, char** argv) {
        ->required();
    forward->add_option("--report", fwd.report,
                        "Per-frame report file, drops with their reasons (default: stdout)");
-   forward->add_option("--ingress", fwd.ingress, "Ingress port of every frame") double maxWall =
-       sim::kDefaultMaxWallSeconds;
+   forward->add_option("--ingress", fwd.ingress, "Ingress port of every frame")
+       ->capture_default_str();
+
+   double maxWall = sim::kDefaultMaxWallSeconds;
    run->add_option("--max-wall", maxWall, "Stop with exit code 3 after this many seconds")
        ->check(CLI::PositiveNumber)
        ->capture_default_str();
