@@ -24,6 +24,7 @@ class Chip::VrfReactor : public Fal::MplsHwVrfConfig::NotifieeConst {
       chip_.arm();
    }
    void onRoute(const Mpls::RouteKey& k) override {
+      chip_.routeConfigured(notifier()->vrfId(), k);
       chip_.dirty_[notifier()->vrfId()].routes.insert(k);
       chip_.arm();
    }
@@ -89,6 +90,55 @@ void Chip::confirmRoutingIs(bool v) {
       dirty_[id].routing = true;
    }
    arm();
+}
+
+void Chip::outOfOrderIs(bool v) {
+   outOfOrder_ = v;
+   if (!v) {
+      for (auto& [id, vrf] : vrf_) {
+         vrf.unanswered.clear();
+      }
+   }
+}
+
+void Chip::routeConfigured(Fal::VrfId id, const Mpls::RouteKey& key) {
+   if (!outOfOrder_) {
+      return;
+   }
+   auto config = config_->vrfConfig(id);
+   Fal::MplsHwRoute route = config ? config->route(key) : Fal::MplsHwRoute();
+   if (!route) {
+      return;
+   }
+   auto& values = vrf_[id].unanswered[key];
+   if (values.empty() || !(values.back() == route)) {
+      values.push_back(route);
+   }
+}
+
+bool Chip::answerLate(Fal::VrfId id, const Fal::MplsHwVrfConfig& config,
+                      Fal::MplsHwVrfStatus& status, const Mpls::RouteKey& key) {
+   VrfState& vrf = vrf_[id];
+   auto it = vrf.unanswered.find(key);
+   if (it == vrf.unanswered.end()) {
+      return false;
+   }
+   std::vector<Fal::MplsHwRoute> values = std::move(it->second);
+   vrf.unanswered.erase(it);
+   if (values.empty() || values.front() == config.route(key)) {
+      return false;
+   }
+   // The oldest value goes into the status as if it had been programmed just now; the current
+   // configuration is answered at the next run.
+   if (!status.routeHas(key)) {
+      ++routesInHw_;
+   }
+   ++lateAnswers_;
+   status.unprogrammedRouteDel(key);
+   status.routeIs(values.front());
+   dirty_[id].routes.insert(key);
+   arm();
+   return true;
 }
 
 void Chip::vrfConfigChanged(Fal::VrfId id) {
@@ -189,6 +239,10 @@ void Chip::answerVrf(Fal::VrfId id, Dirty& d) {
    std::vector<Mpls::RouteKey> routes(d.routes.begin(), d.routes.end());
    std::sort(routes.begin(), routes.end());
    // Deletions first, so that what they free serves the creations of the same answer.
+   if (outOfOrder_) {
+      std::erase_if(
+          routes, [&](const Mpls::RouteKey& key) { return answerLate(id, *config, *status, key); });
+   }
    for (const auto& key : routes) {
       if (!config->routeHas(key)) {
          programRoute(id, *config, *status, key);

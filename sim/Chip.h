@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <limits>
 #include <memory>
+#include <vector>
 
 #include <mplsfwd/Fal/MplsHwConfig.h>
 #include <mplsfwd/Fal/MplsHwStatus.h>
@@ -72,6 +73,14 @@ class Chip {
    bool interfaceReady(Wire::IntfId intf) const { return !notReady_.contains(intf); }
    const Kor::OrderedSet<Wire::IntfId>& interfacesNotReady() const { return notReady_; }
 
+   // Answers out of order: a route configured more than once since its last answer (or
+   // configured and deleted) is first answered with the oldest of those values, a late answer
+   // for an older version or for a route since deleted, and with what is configured now one
+   // loop step later.
+   bool outOfOrder() const { return outOfOrder_; }
+   void outOfOrderIs(bool v);
+   std::uint64_t lateAnswers() const { return lateAnswers_; }
+
    // Whether the chip confirms the configuration's mplsRouting (off: never answers it).
    bool confirmRouting() const { return confirmRouting_; }
    void confirmRoutingIs(bool v);
@@ -114,9 +123,15 @@ class Chip {
       std::unique_ptr<VrfReactor> reactor;
       Mpls::DenseRouteMap<Fal::UnprogrammedReason> routeReason;
       Kor::HashMap<Fal::L2AdjacencyPtr, Fal::UnprogrammedReason> adjReason;
+      // Out of order: the values configured for a route since its last answer, oldest first.
+      Kor::HashMap<Mpls::RouteKey, std::vector<Fal::MplsHwRoute>> unanswered;
    };
 
    void vrfConfigChanged(Fal::VrfId vrfId);
+   void routeConfigured(Fal::VrfId vrfId, const Mpls::RouteKey& key);
+   // Out of order: answers `key` late with an older value when one is waiting; true if it did.
+   bool answerLate(Fal::VrfId vrfId, const Fal::MplsHwVrfConfig& config,
+                   Fal::MplsHwVrfStatus& status, const Mpls::RouteKey& key);
    void markAll(Fal::VrfId vrfId);
    void arm();
    void run();
@@ -150,6 +165,8 @@ class Chip {
    Fal::UnprogrammedReason refuseAdjReason_ = Fal::UnprogrammedReason::AdjacencyFull;
    Kor::OrderedSet<Wire::IntfId> notReady_;
    bool confirmRouting_ = true;
+   bool outOfOrder_ = false;
+   std::uint64_t lateAnswers_ = 0;
    std::uint64_t routeWrites_ = 0;
    std::uint64_t routeDeletes_ = 0;
    std::uint64_t adjWrites_ = 0;

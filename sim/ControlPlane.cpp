@@ -39,6 +39,13 @@ Mpls::LfibViaKey ControlPlane::evpnVlanFloodVia(std::uint32_t index, Bridging::V
    return key;
 }
 
+Mpls::LfibViaKey ControlPlane::evpnEthernetSegmentFilterVia(std::uint32_t index,
+                                                            Mpls::LfibSource source) {
+   Mpls::LfibViaKey key(Mpls::viaTypeEvpnEthernetSegment_, index, source);
+   agent_.lfib()->evpnEthernetSegmentFilterViaIs(Mpls::LfibEvpnEthernetSegmentFilterVia(key));
+   return key;
+}
+
 Mpls::LfibViaKey ControlPlane::evpnVlanAwareVia(std::uint32_t index,
                                                 Mpls::LfibDot1qTagToVlanKey coll,
                                                 Mpls::LfibSource source) {
@@ -85,6 +92,9 @@ void ControlPlane::viaDel(const Mpls::LfibViaKey& key) {
          break;
       case Mpls::viaTypeEvpnVlanAwareFlood_:
          lfib.evpnVlanAwareFloodViaDel(key);
+         break;
+      case Mpls::viaTypeEvpnEthernetSegment_:
+         lfib.evpnEthernetSegmentFilterViaDel(key);
          break;
       case Mpls::viaTypePseudowire_:
          lfib.pwViaDel(key);

@@ -41,6 +41,8 @@ class ControlPlane {
                                 Mpls::LfibSource source = Mpls::lfibSourceStatic_);
    Mpls::LfibViaKey vlanVia(std::uint32_t index, Bridging::VlanId vlan,
                             Mpls::LfibSource source = Mpls::lfibSourceEvpn_);
+   Mpls::LfibViaKey evpnEthernetSegmentFilterVia(std::uint32_t index,
+                                                 Mpls::LfibSource source = Mpls::lfibSourceEvpn_);
    Mpls::LfibViaKey evpnVlanFloodVia(std::uint32_t index, Bridging::VlanId vlan,
                                      Mpls::LfibSource source = Mpls::lfibSourceEvpn_);
    Mpls::LfibViaKey evpnVlanAwareVia(std::uint32_t index, Mpls::LfibDot1qTagToVlanKey coll,

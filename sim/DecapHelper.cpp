@@ -105,4 +105,34 @@ void DecapHelper::deleteLabelToVrfMapping(Wire::MplsLabel label, L3::VrfName vrf
    vrf_.erase(it);
 }
 
+std::vector<DecapHelper::Mapping> DecapHelper::listMappings() const {
+   std::vector<Mapping> out;
+   for (const auto& [label, m] : vrf_) {
+      Mapping one;
+      one.kind = Mapping::Kind::vrf;
+      one.label = label;
+      one.vrfName = m.vrfName;
+      one.payloadType = m.payloadType;
+      out.push_back(one);
+   }
+   for (const auto& [label, m] : vlan_) {
+      Mapping one;
+      one.kind = Mapping::Kind::vlan;
+      one.label = label;
+      one.vlanId = m.vlanId;
+      one.flood = m.flood;
+      out.push_back(one);
+   }
+   for (const auto& [key, m] : dot1q_) {
+      Mapping one;
+      one.kind = Mapping::Kind::dot1q;
+      one.label = key.first;
+      one.dot1qTag = key.second;
+      one.dot1qVlanId = m.vlanId;
+      one.flood = m.flood;
+      out.push_back(one);
+   }
+   return out;
+}
+
 }  // namespace sim

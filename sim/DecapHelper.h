@@ -62,6 +62,7 @@ class DecapHelper : public FalHelper::MplsDecapHelperWithDot1qMap {
        Wire::MplsLabel label, L3::VrfName vrfName, Mpls::PayloadType payloadType) override;
    void deleteLabelToVrfMapping(Wire::MplsLabel label, L3::VrfName vrfName,
                                 Mpls::PayloadType payloadType) override;
+   std::vector<Mapping> listMappings() const override;
 
    std::size_t capacity() const { return capacity_; }
    void capacityIs(std::size_t n) { capacity_ = n; }

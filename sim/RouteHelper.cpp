@@ -36,4 +36,13 @@ void RouteHelper::deleteRoute(const Mpls::RouteKey& routeKey) {
    }
 }
 
+std::vector<Mpls::RouteKey> RouteHelper::routeKeys() const {
+   std::vector<Mpls::RouteKey> keys;
+   keys.reserve(route_.size());
+   for (const auto& [key, route] : route_) {
+      keys.push_back(key);
+   }
+   return keys;
+}
+
 }  // namespace sim

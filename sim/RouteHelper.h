@@ -37,6 +37,7 @@ class RouteHelper : public FalHelper::MplsSmHelper {
                                                  const std::uint64_t& fecId,
                                                  Wire::AddressingMethod addressingMethod) override;
    void deleteRoute(const Mpls::RouteKey& routeKey) override;
+   std::vector<Mpls::RouteKey> routeKeys() const override;
 
    void refuseNextIs(std::size_t n, Mpls::LfibHwProgrammingReturnCode rc) {
       refuse_ = n;

@@ -39,6 +39,7 @@ const std::vector<std::pair<const char*, Mpls::LfibViaType>>& viaTypeNames() {
        {"evpnVlanFlood", Mpls::viaTypeEvpnVlanFlood_},
        {"evpnVlanAware", Mpls::viaTypeEvpnVlanAware_},
        {"evpnVlanAwareFlood", Mpls::viaTypeEvpnVlanAwareFlood_},
+       {"evpnEthernetSegment", Mpls::viaTypeEvpnEthernetSegment_},
        {"pseudowire", Mpls::viaTypePseudowire_}};
    return names;
 }
@@ -111,6 +112,7 @@ Mpls::LfibSource defaultSource(Mpls::LfibViaType type) {
       case Mpls::viaTypeEvpnVlanFlood_:
       case Mpls::viaTypeEvpnVlanAware_:
       case Mpls::viaTypeEvpnVlanAwareFlood_:
+      case Mpls::viaTypeEvpnEthernetSegment_:
          return Mpls::lfibSourceEvpn_;
       case Mpls::viaTypePseudowire_:
          return Mpls::lfibSourcePseudowire_;
@@ -154,6 +156,7 @@ Action viaStep(const std::string& op, const Fields& f) {
        {"evpnVlanFloodVia", Mpls::viaTypeEvpnVlanFlood_},
        {"evpnVlanAwareVia", Mpls::viaTypeEvpnVlanAware_},
        {"evpnVlanAwareFloodVia", Mpls::viaTypeEvpnVlanAwareFlood_},
+       {"evpnEthernetSegmentFilterVia", Mpls::viaTypeEvpnEthernetSegment_},
        {"pwVia", Mpls::viaTypePseudowire_}};
    Mpls::LfibViaType type = types.at(op);
    auto index = static_cast<std::uint32_t>(f.integer("index", 0, UINT32_MAX));
@@ -214,6 +217,8 @@ Action viaStep(const std::string& op, const Fields& f) {
              static_cast<std::uint32_t>(f.integer("dot1qColl", 0, UINT32_MAX)));
          return [=](Runner& r) { r.controlPlane().evpnVlanAwareFloodVia(index, coll, source); };
       }
+      case Mpls::viaTypeEvpnEthernetSegment_:
+         return [=](Runner& r) { r.controlPlane().evpnEthernetSegmentFilterVia(index, source); };
       default: {
          auto pw = f.intf("pwInterface");
          return [=](Runner& r) { r.controlPlane().pwVia(index, pw, source); };
@@ -618,8 +623,18 @@ Action expectRouteStep(const Fields& f) {
    if (f.has("adjacency")) {
       vias = viaSpecs(f);
    }
+   auto version = f.optInteger("version", 0, UINT64_MAX);
+   auto answered = f.optInteger("answeredVersion", 0, UINT64_MAX);
    return [=](Runner& r) {
       RouteView v = routeView(r.agent(), key);
+      if (version) {
+         r.check(v.configuredVersion == *version, "configured version", std::to_string(*version),
+                 std::to_string(v.configuredVersion));
+      }
+      if (answered) {
+         r.check(v.answeredVersion == *answered, "answered version", std::to_string(*answered),
+                 v.answeredVersion ? std::to_string(*v.answeredVersion) : "none");
+      }
       std::string found(routeStateName(v.state));
       if (!v.reason.empty()) {
          found += " (" + v.reason + ")";
@@ -682,6 +697,78 @@ Action expectL2AdjacenciesStep(const Fields& f) {
          std::size_t n = status ? status->l2Adjacencies() : 0;
          r.check(n == *programmed, "programmed L2 adjacencies", std::to_string(*programmed),
                  std::to_string(n));
+      }
+   };
+}
+
+Action expectAdjacencyStep(const Fields& f) {
+   auto index = f.integer("index", 1, UINT64_MAX);
+   bool present = f.optBoolean("present", true);
+   auto count = f.optInteger("count", 0, UINT32_MAX);
+   auto programmedCount = f.optInteger("programmedCount", 0, UINT32_MAX);
+   auto reason = f.optString("reason");
+   auto routes = f.optInteger("routes", 0, UINT64_MAX);
+   return [=](Runner& r) {
+      std::optional<AdjacencyView> found;
+      for (auto& v : adjacencyViews(r.agent())) {
+         if (v.index == index) {
+            found = v;
+         }
+      }
+      r.check(found.has_value() == present, "L2 adjacency " + std::to_string(index),
+              present ? "present" : "absent", found ? "present" : "absent");
+      if (!found) {
+         return;
+      }
+      if (count) {
+         r.check(found->count == *count, "programming count", std::to_string(*count),
+                 std::to_string(found->count));
+      }
+      if (programmedCount) {
+         r.check(found->programmedCount == *programmedCount, "answered programming count",
+                 std::to_string(*programmedCount), std::to_string(found->programmedCount));
+      }
+      if (reason) {
+         std::string got = found->reason.empty() ? "none" : found->reason;
+         r.check(got == *reason, "reason", *reason, got);
+      }
+      if (routes) {
+         r.check(found->routes == *routes, "routes", std::to_string(*routes),
+                 std::to_string(found->routes));
+      }
+   };
+}
+
+Action expectPublishedStep(const Fields& f) {
+   Mpls::RouteKey key(f.label("label"));
+   bool present = f.optBoolean("present", true);
+   auto adjacency = f.optInteger("adjacency", 0, UINT64_MAX);
+   auto l2Adjacency = f.optInteger("l2Adjacency", 0, UINT64_MAX);
+   auto version = f.optInteger("version", 0, UINT64_MAX);
+   std::optional<bool> unprogrammed;
+   if (f.has("unprogrammed")) {
+      unprogrammed = f.boolean("unprogrammed");
+   }
+   return [=](Runner& r) {
+      const auto& hw = r.agent().hwMplsStatus();
+      bool has = hw && hw->routeHas(key);
+      r.check(has == present, "published route", present ? "present" : "absent",
+              has ? "present" : "absent");
+      if (!has) {
+         return;
+      }
+      Mpls::Hardware::Route route = hw->route(key);
+      auto num = [&](const char* what, std::optional<std::uint64_t> want, std::uint64_t got) {
+         if (want) {
+            r.check(*want == got, what, std::to_string(*want), std::to_string(got));
+         }
+      };
+      num("published adjacency", adjacency, route.adjacencyIndex());
+      num("published L2 adjacency", l2Adjacency, route.l2AdjacencyIndex());
+      num("published version", version, route.version());
+      if (unprogrammed) {
+         r.check(route.unprogrammed() == *unprogrammed, "published unprogrammed",
+                 boolText(*unprogrammed), boolText(route.unprogrammed()));
       }
    };
 }
@@ -878,6 +965,7 @@ const std::map<std::string, OpDef>& ops() {
        {"evpnVlanFloodVia", {{"index", "source", "delete", "vlan"}, false, via}},
        {"evpnVlanAwareVia", {{"index", "source", "delete", "dot1qColl"}, false, via}},
        {"evpnVlanAwareFloodVia", {{"index", "source", "delete", "dot1qColl"}, false, via}},
+       {"evpnEthernetSegmentFilterVia", {{"index", "source", "delete"}, false, via}},
        {"pwVia", {{"index", "source", "delete", "pwInterface"}, false, via}},
        {"viaSet",
         {{"viaType", "index", "source", "delete", "vias", "setType", "backup"},
@@ -925,6 +1013,13 @@ const std::map<std::string, OpDef>& ops() {
         {{"routes", "l2Adjacencies", "fecs", "decapMappings"}, false, simple(capacityStep)}},
        {"refuse", {{"target", "count", "reason", "returnCode"}, false, simple(refuseStep)}},
        {"interface", {{"name", "ready"}, false, simple(interfaceStep)}},
+       {"outOfOrder",
+        {{"enabled"},
+         false,
+         [](const std::string&, const Fields& f, const ScenarioConfig&) -> Action {
+            bool on = f.boolean("enabled");
+            return [on](Runner& r) { r.agent().chip().outOfOrderIs(on); };
+         }}},
        {"attrLog", {{"clogged"}, false, simple(attrLogStep)}},
        {"answerDelay", {{"seconds", "target"}, false, simple(answerDelayStep)}},
        {"advance", {{"seconds"}, false, simple(advanceStep)}},
@@ -941,7 +1036,17 @@ const std::map<std::string, OpDef>& ops() {
             return [](Runner& r) { r.agent().restart(); };
          }}},
        {"expectRoute",
-        {{"label", "state", "reason", "path", "adjacency"}, true, simple(expectRouteStep)}},
+        {{"label", "state", "reason", "path", "adjacency", "version", "answeredVersion"},
+         true,
+         simple(expectRouteStep)}},
+       {"expectAdjacency",
+        {{"index", "present", "count", "programmedCount", "reason", "routes"},
+         true,
+         simple(expectAdjacencyStep)}},
+       {"expectPublished",
+        {{"label", "present", "adjacency", "l2Adjacency", "version", "unprogrammed"},
+         true,
+         simple(expectPublishedStep)}},
        {"expectRouteCount", {{"state", "count"}, true, simple(expectRouteCountStep)}},
        {"expectL2Adjacencies", {{"count", "programmed"}, true, simple(expectL2AdjacenciesStep)}},
        {"expectDecap",

@@ -61,8 +61,10 @@ RouteView routeView(const Agent& agent, const Mpls::RouteKey& key) {
    auto status = agent.defaultVrfStatus();
    const auto& helper = *agent.routeHelper();
    Fal::MplsHwRoute configured = config ? config->route(key) : Fal::MplsHwRoute();
+   v.configuredVersion = configured.version();
    if (status && status->routeHas(key)) {
       Fal::MplsHwRoute r = status->route(key);
+      v.answeredVersion = r.version();
       v.state = RouteState::programmed;
       v.path = "adjacency";
       v.version = r.version();
@@ -126,6 +128,7 @@ std::vector<AdjacencyView> adjacencyViews(const Agent& agent) {
    if (status) {
       for (const auto& [adj, count] : status->l2AdjacencyMap()) {
          viewOf(adj).programmed = true;
+         viewOf(adj).programmedCount = count;
       }
       for (const auto& [adj, flag] : status->unprogrammedAdjacencyMap()) {
          auto reason = agent.chip().adjacencyReason(Fal::VrfId(0), adj);

@@ -36,6 +36,10 @@ struct RouteView {
    std::optional<std::uint64_t> l2Adjacency;
    std::vector<Mpls::Hardware::L2Via> vias;
    std::uint64_t version = 0;
+   // The version last configured, and the version the platform's answer carries (none while the
+   // status does not hold the route).
+   std::uint64_t configuredVersion = 0;
+   std::optional<std::uint64_t> answeredVersion;
    std::uint64_t fecId = 0;
 };
 
@@ -44,7 +48,8 @@ struct AdjacencyView {
    std::uint64_t index = 0;
    std::uint32_t count = 0;  // programming count in the configuration (0: not configured)
    bool programmed = false;
-   std::string reason;  // when refused
+   std::uint32_t programmedCount = 0;  // the programming count the platform answered
+   std::string reason;                 // when refused
    std::vector<Mpls::Hardware::L2Via> vias;
    std::size_t routes = 0;  // configured routes that use it
 };

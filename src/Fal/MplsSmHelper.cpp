@@ -25,4 +25,8 @@ void MplsSmHelper::deleteRoute(const Mpls::RouteKey&) {
    falAssert(kMustImplement);
 }
 
+std::vector<Mpls::RouteKey> MplsSmHelper::routeKeys() const {
+   return {};
+}
+
 }  // namespace FalHelper

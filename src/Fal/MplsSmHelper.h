@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <vector>
 
 #include <mplsfwd/mpls/LfibTypes.h>
 #include <mplsfwd/mpls/RouteKey.h>
@@ -23,6 +24,11 @@ class MplsSmHelper : public Fal::FalBaseHelper {
                                                          const std::uint64_t& fecId,
                                                          Wire::AddressingMethod addressingMethod);
    virtual void deleteRoute(const Mpls::RouteKey& routeKey);
+   // Every route the platform holds, whoever programmed it. The helper's routes outlive an agent
+   // restart: once the new incarnation has converged it deletes those it does not program, so
+   // that none keeps forwarding into a FEC number that has since been handed to another via set.
+   // The default lists nothing (a platform that cannot list its routes is not reconciled).
+   virtual std::vector<Mpls::RouteKey> routeKeys() const;
 };
 
 }  // namespace FalHelper

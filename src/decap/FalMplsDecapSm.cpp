@@ -193,7 +193,51 @@ void MplsDecapSm::doReviewRouteKeyBacklog() {
       // By key: the processed key is gone from the backlog, and others may have come meanwhile.
       it = backlog.upper_bound(routeKey);
    }
+   if (!helperReconciled_ && backlog.empty()) {
+      reconcileHelper();
+   }
    maybeScheduleUnprogrammedReview();
+}
+
+void MplsDecapSm::reconcileHelper() {
+   helperReconciled_ = true;
+   using Kind = FalHelper::MplsDecapHelper::Mapping::Kind;
+   for (const auto& m : mplsDecapHelper_->listMappings()) {
+      const Mpls::RouteKey routeKey(m.label);
+      const Mpls::LfibViaType type = routeViaType(routeKey);
+      bool ours = false;
+      switch (m.kind) {
+         case Kind::vrf:
+            ours = type == Mpls::viaTypeIpLookup_;
+            break;
+         case Kind::vlan:
+            ours = type == (m.flood ? Mpls::viaTypeEvpnVlanFlood_ : Mpls::viaTypeVlan_);
+            break;
+         case Kind::dot1q: {
+            auto programmed = vlanAwareRouteKeyToDot1qTagVlanProgrammed(routeKey);
+            ours = type ==
+                       (m.flood ? Mpls::viaTypeEvpnVlanAwareFlood_ : Mpls::viaTypeEvpnVlanAware_) &&
+                   programmed && programmed->dot1qTagToVlanIdHas(m.dot1qTag);
+            break;
+         }
+      }
+      if (ours) {
+         continue;
+      }
+      TRACE5(decapTrace,
+             "helper mapping of label " << m.label << " is not programmed; deleting it");
+      switch (m.kind) {
+         case Kind::vrf:
+            mplsDecapHelper_->deleteLabelToVrfMapping(m.label, m.vrfName, m.payloadType);
+            break;
+         case Kind::vlan:
+            mplsDecapHelper_->deleteLabelToVlanMapping(m.label, m.vlanId, m.flood);
+            break;
+         case Kind::dot1q:
+            mplsDecapHelper_->deleteLabelDot1qToVlanMapping(m.label, m.dot1qTag, m.flood);
+            break;
+      }
+   }
 }
 
 void MplsDecapSm::processRouteKeyBacklog(const Mpls::RouteKey& routeKey) {

@@ -119,6 +119,11 @@ class MplsDecapSm : public Kor::Entity {
    void maybeScheduleUnprogrammedReview();
    void doReviewUnprogrammed();
 
+   // Once the first backlog after start-up is drained: deletes every mapping of the helper that
+   // this machine does not program, and leaves the others as they are.
+   void reconcileHelper();
+   bool helperReconciled() const { return helperReconciled_; }
+
    // What is programmed, per route.
    Mpls::LfibViaType routeViaType(const Mpls::RouteKey& k) const {
       return Kor::mapValueOr(routeViaType_, k, Mpls::viaTypeInvalid_);
@@ -271,6 +276,7 @@ class MplsDecapSm : public Kor::Entity {
    Kor::Ptr<Mpls::LfibHwStatus> lfibHwStatus_;
 
    bool initialized_ = false;
+   bool helperReconciled_ = false;
    double defaultUnprogrammedRetryInterval_ = 0.0;
    Kor::Ptr<Loom::Task> reviewRouteKeyBacklog_;
    Kor::Ptr<Loom::TimerTask> reviewUnprogrammed_;

@@ -85,4 +85,8 @@ void MplsDecapHelper::deleteLabelToVrfMapping(Wire::MplsLabel, L3::VrfName, Mpls
    falAssert(message);
 }
 
+std::vector<MplsDecapHelper::Mapping> MplsDecapHelper::listMappings() const {
+   return {};
+}
+
 }  // namespace FalHelper

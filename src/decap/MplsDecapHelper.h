@@ -1,5 +1,7 @@
 #pragma once
 
+#include <vector>
+
 #include <mplsfwd/Fal/Dot1qTagToVlanMapId.h>
 #include <mplsfwd/Fal/FalCommon.h>
 #include <mplsfwd/kor/Ptr.h>
@@ -23,6 +25,19 @@ namespace FalHelper {
 // create it undoes, so that a platform can find its entry without a table of its own.
 class MplsDecapHelper : public Fal::FalBaseHelper {
  public:
+   // One mapping as the platform holds it, with the values it was created with.
+   struct Mapping {
+      enum class Kind { vrf, vlan, dot1q };
+      Kind kind = Kind::vrf;
+      Wire::MplsLabel label;
+      L3::VrfName vrfName;                                           // vrf
+      Mpls::PayloadType payloadType = Mpls::payloadTypeAutoDecide_;  // vrf
+      Bridging::VlanId vlanId;                                       // vlan
+      Bridging::VlanId dot1qTag;                                     // dot1q
+      Bridging::VlanIdOrNone dot1qVlanId;                            // dot1q
+      bool flood = false;                                            // vlan, dot1q
+   };
+
    explicit MplsDecapHelper(const Kor::Name& name);
    ~MplsDecapHelper() override;
 
@@ -45,6 +60,11 @@ class MplsDecapHelper : public Fal::FalBaseHelper {
                                                                      Mpls::PayloadType payloadType);
    virtual void deleteLabelToVrfMapping(Wire::MplsLabel label, L3::VrfName vrfName,
                                         Mpls::PayloadType payloadType);
+   // Every mapping the platform holds. Mappings outlive an agent restart: once the new
+   // incarnation has taken up the whole LFIB it deletes those it does not program (a label that
+   // became a transit route must stop decapsulating). The default lists nothing: a platform that
+   // cannot list its mappings is not reconciled.
+   virtual std::vector<Mapping> listMappings() const;
 };
 
 }  // namespace FalHelper

@@ -155,6 +155,13 @@ class MplsSm : public Kor::Entity {
    void handleProgrammedRoute(VrfId vrfId, const Mpls::RouteKey& routeKey);
    void handleUnprogrammedRoute(VrfId vrfId, const Mpls::RouteKey& routeKey);
    void handleUnprogrammedAdj(VrfId vrfId, const L2AdjacencyPtr& l2Adjacency);
+   // Once the review has nothing left to do after start-up: deletes every route of the route
+   // helper that this incarnation does not program into a FEC.
+   void reconcileRouteHelper(VrfMplsState& vrf);
+   // One route (or L2 adjacency) more (1) or fewer (-1) among the VRF's unprogrammed ones, with
+   // the FULL/NORMAL logs and traces of the total's passage through zero.
+   void unprogrammedCountChanged(VrfMplsState& vrf, int delta, const MplsHwVrfStatus* status,
+                                 bool adjacency);
 
    // Via sets and L3 adjacencies.
    void handleLFibViaSet();
@@ -178,13 +185,23 @@ class MplsSm : public Kor::Entity {
    MplsL2AdjacencyPtr processMplsIpL3Adj(VrfMplsState& vrf, const L3AdjacencyPtr& l3Adj,
                                          const Mpls::LfibViaSet& lFibViaSet,
                                          const CachedLFibMplsViaColl& lFibVias);
+   // `withBackup` false publishes the FEC without its backup: a primary that keeps forwarding
+   // while its backup's FEC is not there yet.
    bool processMplsIpL3AdjAsExtFec(VrfMplsState& vrf, const L3AdjacencyPtr& l3Adj,
                                    const Mpls::LfibViaSet& lFibViaSet,
-                                   const Kor::Ptr<const CachedLFibMplsViaColl>& lFibVias);
+                                   const Kor::Ptr<const CachedLFibMplsViaColl>& lFibVias,
+                                   bool withBackup = true);
    void processExtFecL3Adj(VrfMplsState& vrf, const L3AdjacencyPtr& l3Adj,
                            const Mpls::LfibViaSetKey& key, const Mpls::LfibExtFecVia& extFecVia);
+   // False when the primary cannot go on yet; `backingOff`, when given, tells a wait for the
+   // backup's review (the primary keeps what it has) from a via set that cannot be carried.
    bool validateAndMaybeUpdateBackupAdjInfo(VrfMplsState& vrf, const L3AdjacencyPtr& l3Adj,
-                                            const Mpls::LfibViaSet& lFibViaSet);
+                                            const Mpls::LfibViaSet& lFibViaSet,
+                                            bool* backingOff = nullptr);
+   // Makes `backupAdj` the backup of `l3Adj`; a backup it replaces is let go and reviewed, so
+   // that it goes (with its FEC) once nothing else uses it.
+   void linkBackupAdj(VrfMplsState& vrf, const L3AdjacencyPtr& l3Adj,
+                      const L3AdjacencyPtr& backupAdj);
    void setHwAdjacencyVias(Mpls::Hardware::Adjacency& hwL3Adj,
                            const CachedLFibMplsViaColl& lFibVias);
    bool inPlaceAdjacencyUpdateSupported();
@@ -291,6 +308,8 @@ class MplsSm : public Kor::Entity {
    Kor::Ptr<FecIdToHwFecIdRequest> hwFecIdRequest_;
    Kor::Ptr<const FecIdToHwFecIdResponse> hwFecIdResponse_;
    Kor::Ptr<FalHelper::MplsSmHelper> mplsSmHelper_;
+   // Set once the route helper's entries left by an earlier incarnation have been reconciled.
+   bool routeHelperReconciled_ = false;
    Kor::Ptr<Mpls::LfibTrackingStatus> lfibTrackingStatus_;
    Kor::Ptr<Mpls::LfibTrackingSm> lfibTrackingSm_;
    double reviewInterval_ = 0.001;

@@ -269,13 +269,43 @@ MplsL2AdjacencyPtr MplsSm::processMplsIpL3Adj(VrfMplsState& vrf, const L3Adjacen
    return l2Adj;
 }
 
+namespace {
+
+// True when two L2 via sets go to the same next hops with the same labels and differ at most in
+// how those next hops are reached (MAC, VLAN, interface).
+bool sameNextHopsAndLabels(const Mpls::Hardware::L2ViaSet& a, const Mpls::Hardware::L2ViaSet& b) {
+   if (a.l2Vias() != b.l2Vias()) {
+      return false;
+   }
+   for (const auto& via : a) {
+      bool found = false;
+      for (const auto& other : b) {
+         if (other.nextHop() == via.nextHop() && other.labelStack() == via.labelStack()) {
+            found = true;
+            break;
+         }
+      }
+      if (!found) {
+         return false;
+      }
+   }
+   return true;
+}
+
+}  // namespace
+
 MplsL2AdjacencyPtr MplsSm::tryInPlaceUpdate(VrfMplsState& vrf, const L3AdjacencyPtr& l3Adj,
                                             const Mpls::Hardware::L2ViaSet& l2ViaSet) {
-   // When this L3 adjacency is the only user of its L2 adjacency, a changed resolution (a new
-   // neighbour MAC, say) rewrites that L2 adjacency in place: its routes keep pointing at it and
-   // none of them has to be rewritten.
+   // A changed resolution (a new neighbour MAC, say) rewrites the L2 adjacency in place: its
+   // routes keep pointing at it and none of them has to be rewritten. That is right when this L3
+   // adjacency is its only user, and also when the adjacency is shared but only the way its next
+   // hops are reached changed: every user shares its next hops and labels (that is why they share
+   // it), so every user moves the same way and finds it again when its own review comes.
    const MplsL2AdjacencyPtr& current = l3Adj->l2Adjacency();
-   if (!current || current->l3Adjacencies() != 1 || !inPlaceAdjacencyUpdateSupported()) {
+   if (!current || current->l3Adjacencies() == 0 || !inPlaceAdjacencyUpdateSupported()) {
+      return nullptr;
+   }
+   if (current->l3Adjacencies() != 1 && !sameNextHopsAndLabels(current->l2ViaSet(), l2ViaSet)) {
       return nullptr;
    }
    auto hwL2 = routingHwMplsStatus_->l2Adjacency(current->index());

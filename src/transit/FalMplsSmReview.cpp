@@ -62,7 +62,7 @@ void MplsSm::doMaybeScheduleReview(const L3::VrfName& vrf) {
    if (!state) {
       return;
    }
-   if (!state->needReview() && state->numUnprogrammedRoute() == 0) {
+   if (!state->needReview() && !state->hasUnprogrammed()) {
       SM_TRACE(8, "nothing to review in vrf " << vrf);
       return;
    }
@@ -124,7 +124,7 @@ bool MplsSm::reviewYield() const {
 
 void MplsSm::doReviewVrf(const L3::VrfName& vrfName) {
    Kor::Ptr<VrfMplsState> vrf = mplsState(vrfName);
-   if (!vrf || (!vrf->needReview() && vrf->numUnprogrammedRoute() == 0)) {
+   if (!vrf || (!vrf->needReview() && !vrf->hasUnprogrammed())) {
       SM_TRACE(5, "nothing to be reviewed for vrf " << vrfName);
       return;
    }
@@ -162,7 +162,7 @@ void MplsSm::doReviewVrf(const L3::VrfName& vrfName) {
    }
 
    SM_TRACE(5, "review unprogrammed routeKey and adj in vrf " << vrfName);
-   if (!reviewYield() && vrf->numUnprogrammedRoute() != 0) {
+   if (!reviewYield() && vrf->hasUnprogrammed()) {
       doReviewUnprogrammedRoute(*vrf);
    }
 
@@ -171,12 +171,16 @@ void MplsSm::doReviewVrf(const L3::VrfName& vrfName) {
       doPublishRouteKeys(*vrf);
    }
 
+   if (!routeHelperReconciled_ && !vrf->needReview()) {
+      reconcileRouteHelper(*vrf);
+   }
+
    doMaybeScheduleReviewOrDeleteVrfState(vrfName);
 }
 
 void MplsSm::doReviewUnprogrammedRoute(VrfMplsState& vrf) {
    double now = clock_->now();
-   if (vrf.numUnprogrammedRoute() == 0) {
+   if (!vrf.hasUnprogrammed()) {
       vrf.lastUnprogrammedReviewIs(Kor::Clock::never());
       SM_TRACE(5, "no unprogrammed route to review");
       return;
@@ -232,6 +236,22 @@ void MplsSm::doReviewUnprogrammedRoute(VrfMplsState& vrf) {
    }
 }
 
+void MplsSm::reconcileRouteHelper(VrfMplsState& vrf) {
+   routeHelperReconciled_ = true;
+   if (!mplsSmHelper_ || !forwardingIntoExternalFecsSupported()) {
+      return;
+   }
+   for (const auto& key : mplsSmHelper_->routeKeys()) {
+      Kor::Ptr<MplsRoute> route = vrf.route(key);
+      if (route && route->extFecInfo()) {
+         continue;
+      }
+      SM_DECISION(1,
+                  "route helper holds routeKey " << key << " that is not programmed; deleting it");
+      mplsSmHelper_->deleteRoute(key);
+   }
+}
+
 void MplsSm::doMaybeScheduleReviewOrDeleteVrfState(const L3::VrfName& vrfName) {
    FAL_ASSERT(vrfName == L3::VrfName::defaultVrf(), "vrf == L3::VrfName::defaultVrf()");
    if (!initialized_) {
@@ -241,7 +261,7 @@ void MplsSm::doMaybeScheduleReviewOrDeleteVrfState(const L3::VrfName& vrfName) {
    if (!vrf) {
       return;
    }
-   if (!vrf->needReview() && vrf->numUnprogrammedRoute() == 0) {
+   if (!vrf->needReview() && !vrf->hasUnprogrammed()) {
       if (!controlPlaneRouting()) {
          SM_DECISION(1, "disable mplsRouting in vrf " << vrfName);
          falMplsHwVrfConfig(vrfName)->mplsRoutingIs(false);
@@ -274,12 +294,22 @@ void MplsSm::handleProgrammedRoute(VrfId vrfId, const Mpls::RouteKey& routeKey) 
    FAL_ASSERT(vrfName == L3::VrfName::defaultVrf(), "vrf == L3::VrfName::defaultVrf()");
    auto status = mplsHwStatus_->vrfStatus(vrfId);
    if (status && status->routeHas(routeKey)) {
+      Kor::Ptr<MplsRoute> route = vrf->route(routeKey);
+      // Only the answer for what was written last programs the route: a late answer for an
+      // older version (or one left from the adjacency way of a route now forwarded into a FEC)
+      // says nothing about what forwards now.
+      std::uint64_t answered = status->route(routeKey).version();
+      if (answered != route->version() || route->extFecInfo()) {
+         SM_TRACE(5, "routeKey " << routeKey << " answered for version " << answered
+                                 << ", last written " << route->version() << "; ignored");
+         return;
+      }
       SM_TRACE(8, "routeKey " << routeKey << " programmed in vrf " << vrfName);
-      vrf->route(routeKey)->unprogrammedIs(false);
+      route->unprogrammedIs(false);
       SM_TRACE(8, "add routeKey " << routeKey << " for review");
       vrf->routeKeyForPublishIs(routeKey, true);
       doMaybeScheduleReview(vrfName);
-      if (vrf->numUnprogrammedRoute() != 0) {
+      if (vrf->hasUnprogrammed()) {
          // Something got in: the rest may fit now too, so retry soon rather than in 10 s.
          vrf->unprogrammedRetryIntervalIs(reviewInterval_);
          SM_TRACE(5, "vrf " << vrfName << " unprogrammedRetryIntervalIs " << reviewInterval_);
@@ -307,19 +337,52 @@ void MplsSm::handleUnprogrammedRoute(VrfId vrfId, const Mpls::RouteKey& routeKey
       SM_TRACE(5, "routeKey " << routeKey << " removed from unprog collection in vrf " << vrfName);
       delta = -1;
    }
-   vrf->route(routeKey)->unprogrammedIs(delta == 1);
+   Kor::Ptr<MplsRoute> route = vrf->route(routeKey);
+   if (delta == 1) {
+      route->unprogrammedIs(true);
+   } else if (route->extFecInfo() || (status && status->routeHas(routeKey) &&
+                                      status->route(routeKey).version() == route->version())) {
+      // Leaving the list programs the route only together with an answer for the version
+      // written last (or on the FEC way, where the list is this machine's own).
+      route->unprogrammedIs(false);
+   }
    vrf->routeKeyForPublishIs(routeKey, true);
-   std::uint64_t preUnprogrammed = vrf->numUnprogrammedRoute();
-   FAL_ASSERT(!(preUnprogrammed == 0 && delta == -1), "! (preUnprogrammed == 0 && delta == -1 )");
-   if (preUnprogrammed == 0 && delta == 1) {
-      UnprogrammedReason reason = status->unprogrammedReason();
+   // The count follows the routes this machine counted: a notification that repeats what it
+   // already knows (the route listed again with another reason, or leaving a list that it was
+   // never counted in, as a status left by an earlier incarnation is cleared) changes nothing.
+   if (route->countedUnprogrammed() != (delta == 1)) {
+      route->countedUnprogrammedIs(delta == 1);
+      unprogrammedCountChanged(*vrf, delta, status.ptr(), false);
+   }
+   doMaybeScheduleReview(vrfName);
+}
+
+void MplsSm::unprogrammedCountChanged(VrfMplsState& vrf, int delta, const MplsHwVrfStatus* status,
+                                      bool adjacency) {
+   const L3::VrfName& vrfName = vrf.vrfName();
+   std::uint64_t preUnprogrammed = vrf.numUnprogrammedRoute();
+   if (adjacency) {
+      if (delta == -1 && vrf.numUnprogrammedAdj() == 0) {
+         return;
+      }
+      vrf.numUnprogrammedAdjInc(delta == 1 ? 1 : std::uint64_t(-1));
+   } else {
+      FAL_ASSERT(!(preUnprogrammed == 0 && delta == -1),
+                 "! (preUnprogrammed == 0 && delta == -1 )");
+      vrf.numUnprogrammedRouteIs(preUnprogrammed + delta);
+   }
+   // One FULL/NORMAL episode covers the refused routes and the refused adjacencies together.
+   std::uint64_t after = vrf.numUnprogrammedRoute() + vrf.numUnprogrammedAdj();
+   if (after == 1 && delta == 1) {
+      UnprogrammedReason reason =
+          status ? status->unprogrammedReason() : UnprogrammedReason::RouteFull;
       if (isResourceReason(reason)) {
          Log::emit(routingMplsResourceFull());
          resourceFullLoggedIs(true);
       }
       SM_DECISION(1, "Schedule review for unprog routes, reason " << reason);
    }
-   if (preUnprogrammed == 1 && delta == -1) {
+   if (after == 0 && delta == -1) {
       if (resourceFullLogged()) {
          Log::emit(routingMplsResourceNormal());
          resourceFullLoggedIs(false);
@@ -329,8 +392,6 @@ void MplsSm::handleUnprogrammedRoute(VrfId vrfId, const Mpls::RouteKey& routeKey
       }
       SM_DECISION(1, "Resource-Normal");
    }
-   vrf->numUnprogrammedRouteIs(preUnprogrammed + delta);
-   doMaybeScheduleReview(vrfName);
 }
 
 void MplsSm::handleUnprogrammedAdj(VrfId vrfId, const L2AdjacencyPtr& l2Adjacency) {
@@ -345,17 +406,18 @@ void MplsSm::handleUnprogrammedAdj(VrfId vrfId, const L2AdjacencyPtr& l2Adjacenc
    vrf->l2AdjForReviewIs(l2Adjacency->index(), true);
    auto status = mplsHwStatus_->vrfStatus(vrfId);
    bool unprogrammed = status && status->unprogrammedAdjacencyHas(l2Adjacency);
+   // The flag on the hardware record says whether the adjacency is counted: it is set only here.
+   const bool counted = l2Adjacency->unprogrammed();
    // Routes read the flag on the hardware record when they are programmed through it.
    l2Adjacency->unprogrammedIs(unprogrammed);
+   if (unprogrammed != counted) {
+      unprogrammedCountChanged(*vrf, unprogrammed ? 1 : -1, status.ptr(), true);
+   }
    if (unprogrammed) {
       SM_TRACE(5, "l2 adj " << l2Adjacency->index() << " not programmed");
-      vrf->numUnprogrammedAdjInc();
       vrf->unprogrammedRetryIntervalIs(defaultUnprogrammedRetryInterval_);
    } else {
       SM_TRACE(5, "l2 adj " << l2Adjacency->index() << " removed from unprogrammedAdj");
-      if (vrf->numUnprogrammedAdj() != 0) {
-         vrf->numUnprogrammedAdjInc(std::uint64_t(-1));
-      }
       vrf->unprogrammedRetryIntervalIs(reviewInterval_);
       SM_TRACE(5, "vrf " << vrfName << " unprogrammedRetryIntervalIs " << reviewInterval_);
    }

@@ -67,11 +67,12 @@ void MplsSm::acceptRoute(VrfMplsState& vrf, const Mpls::RouteKey& routeKey) {
    if (vrf.route(routeKey)) {
       return;
    }
-   vrf.routeIs(routeKey);
+   Kor::Ptr<MplsRoute> route = vrf.routeIs(routeKey);
    // The platform may list the route as unprogrammed from before this state knew it (after a
    // restart, say): count it, so that its removal from the list balances.
    auto status = falMplsHwVrfStatus(vrf.vrfName());
    if (status && status->unprogrammedRouteHas(routeKey)) {
+      route->countedUnprogrammedIs(true);
       vrf.numUnprogrammedRouteInc();
    }
 }
@@ -309,6 +310,12 @@ void MplsSm::deleteRouteKeyAndRoute(VrfMplsState& vrf, const Mpls::RouteKey& rou
          l3Adj->routeKeyDel(routeKey);
          vrf.l3AdjForReviewIs(l3Adj->index(), true);
          route->l3AdjIs(nullptr);
+      }
+      if (route->countedUnprogrammed()) {
+         // Still listed (by a status this machine does not write): it leaves the count with
+         // the route, else the count would never come back to zero.
+         route->countedUnprogrammedIs(false);
+         unprogrammedCountChanged(vrf, -1, nullptr, false);
       }
    }
    vrf.routeDel(routeKey);

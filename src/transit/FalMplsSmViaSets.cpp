@@ -170,8 +170,9 @@ void MplsSm::processL3Adj(VrfMplsState& vrf, std::uint64_t index) {
          old->primaryAdjDel(index);
          vrf.l3AdjForReviewIs(old->index(), true);
       }
+      bool backingOff = false;
       if (valid && viaSet->hasBackup() &&
-          !validateAndMaybeUpdateBackupAdjInfo(vrf, l3Adj, *viaSet)) {
+          !validateAndMaybeUpdateBackupAdjInfo(vrf, l3Adj, *viaSet, &backingOff)) {
          valid = false;
       }
       // A backup relation exists only between FECs (a FEC names its backup FEC), so both sides
@@ -193,8 +194,16 @@ void MplsSm::processL3Adj(VrfMplsState& vrf, std::uint64_t index) {
       if (valid && viaSet->hasBackup() && !vrf.lFibViaSetToFecIdHas(viaSet->backupViaSetKey())) {
          SM_DECISION(1, "backup viaSet of " << key << " has no FEC yet, backing off");
          valid = false;
+         backingOff = true;
       }
-      if (!valid) {
+      if (!valid && backingOff && l3Adj->extFecInfo()) {
+         // Only the backup is not ready: the primary keeps its FEC and its id, and names the
+         // backup's FEC once there is one. Freeing it here would renumber a FEC that routes are
+         // programmed through.
+         SM_DECISION(1, "l3 adj " << index << " keeps its FEC while its backup is not ready");
+         programmed = processMplsIpL3AdjAsExtFec(
+             vrf, l3Adj, *viaSet, vias, vrf.lFibViaSetToFecIdHas(viaSet->backupViaSetKey()));
+      } else if (!valid) {
          cleanupL3AdjInfo(vrf, l3Adj, true, true);
       } else if (inBackupRelation || shouldProcessAdjAsExtFec(key, *vias)) {
          cleanupL3AdjInfo(vrf, l3Adj, true, false);
@@ -443,14 +452,15 @@ void MplsSm::processExtFecL3Adj(VrfMplsState& vrf, const L3AdjacencyPtr& l3Adj,
 
 bool MplsSm::processMplsIpL3AdjAsExtFec(VrfMplsState& vrf, const L3AdjacencyPtr& l3Adj,
                                         const Mpls::LfibViaSet& viaSet,
-                                        const Kor::Ptr<const CachedLFibMplsViaColl>& vias) {
+                                        const Kor::Ptr<const CachedLFibMplsViaColl>& vias,
+                                        bool withBackup) {
    if (findL3AdjLFibAdjType(vias.ptr()) == adjTypeNexthopGroup_) {
       FAL_ASSERT(vias->vias() == 1, "mplsVias->vias() == 1");
       FAL_ASSERT(Wire::FecIdIntfId::isNexthopGroupIdIntfId(vias->viaMap().begin()->second.intf()),
                  "Wire::FecIdIntfId::isNexthopGroupIdIntfId( intf )");
    }
    Memtab::Fib::FecId backupFecId;
-   if (viaSet.hasBackup()) {
+   if (viaSet.hasBackup() && withBackup) {
       FAL_ASSERT(vrf.lFibViaSetToFecIdHas(viaSet.backupViaSetKey()),
                  "vrfMplsState->lFibViaSetToFecIdHas( backupViaSetKey )");
       backupFecId = vrf.lFibViaSetToFecId(viaSet.backupViaSetKey());
@@ -470,9 +480,12 @@ bool MplsSm::processMplsIpL3AdjAsExtFec(VrfMplsState& vrf, const L3AdjacencyPtr&
 // ---- Backups.
 
 bool MplsSm::validateAndMaybeUpdateBackupAdjInfo(VrfMplsState& vrf, const L3AdjacencyPtr& l3Adj,
-                                                 const Mpls::LfibViaSet& viaSet) {
+                                                 const Mpls::LfibViaSet& viaSet, bool* backingOff) {
    const Mpls::LfibViaSetKey& key = viaSet.key();
    const Mpls::LfibViaSetKey& backupKey = viaSet.backupViaSetKey();
+   if (backingOff) {
+      *backingOff = false;
+   }
    if (!transitLfib_->viaSetHas(key)) {
       SM_DECISION(1,
                   "lFib viaSet idx " << key.index() << " viaType " << key.viaType() << " deleted");
@@ -500,41 +513,47 @@ bool MplsSm::validateAndMaybeUpdateBackupAdjInfo(VrfMplsState& vrf, const L3Adja
       backupAdj->lFibViaSetKeyIs(backupKey);
       vrf.lFibViaSetToL3AdjIs(backupKey, backupAdj->index());
       // Linked at once so that the backup is kept while it waits for its review.
-      backupAdj->primaryAdjIs(l3Adj->index());
-      l3Adj->backupAdjIs(backupAdj);
+      linkBackupAdj(vrf, l3Adj, backupAdj);
       vrf.l3AdjForReviewIs(backupAdj->index(), true);
       SM_DECISION(1, "backup viaSet idx " << backupKey.index() << " viaType " << backupKey.viaType()
                                           << " not yet up for review, kicking off review and "
                                              "backing off");
       vrf.l3AdjForReviewIs(l3Adj->index(), true);
+      if (backingOff) {
+         *backingOff = true;
+      }
       return false;
    }
    if (vrf.l3AdjForReview(backupAdj->index())) {
       SM_DECISION(1, "backup viaSet idx " << backupKey.index() << " viaType " << backupKey.viaType()
                                           << " waiting to be reviewed, backing off until reviewed");
-      if (l3Adj->backupAdj() != backupAdj) {
-         if (l3Adj->backupAdj()) {
-            l3Adj->backupAdj()->primaryAdjDel(l3Adj->index());
-         }
-         backupAdj->primaryAdjIs(l3Adj->index());
-         l3Adj->backupAdjIs(backupAdj);
-      }
+      linkBackupAdj(vrf, l3Adj, backupAdj);
       vrf.l3AdjForReviewIs(l3Adj->index(), true);
+      if (backingOff) {
+         *backingOff = true;
+      }
       return false;
    }
    if (l3Adj->backupAdj() == backupAdj) {
       FAL_ASSERT(l3Adj->backupAdj()->lFibViaSetKey() == backupKey,
                  "l3Adj->backupAdj()->lFibViaSetKey() == backupLFibViaSetKey");
    } else {
-      if (l3Adj->backupAdj()) {
-         L3AdjacencyPtr old = l3Adj->backupAdj();
-         old->primaryAdjDel(l3Adj->index());
-         vrf.l3AdjForReviewIs(old->index(), true);
-      }
-      l3Adj->backupAdjIs(backupAdj);
-      backupAdj->primaryAdjIs(l3Adj->index());
+      linkBackupAdj(vrf, l3Adj, backupAdj);
    }
    return true;
+}
+
+void MplsSm::linkBackupAdj(VrfMplsState& vrf, const L3AdjacencyPtr& l3Adj,
+                           const L3AdjacencyPtr& backupAdj) {
+   if (l3Adj->backupAdj() == backupAdj) {
+      return;
+   }
+   if (L3AdjacencyPtr old = l3Adj->backupAdj()) {
+      old->primaryAdjDel(l3Adj->index());
+      vrf.l3AdjForReviewIs(old->index(), true);
+   }
+   l3Adj->backupAdjIs(backupAdj);
+   backupAdj->primaryAdjIs(l3Adj->index());
 }
 
 // ---- The toggle.

@@ -31,6 +31,11 @@ class MplsRoute : public Kor::PtrInterface {
    void versionInc(std::uint64_t delta) { version_ += delta; }
    bool unprogrammed() const { return unprogrammed_; }
    void unprogrammedIs(bool v) { unprogrammed_ = v; }
+   // Whether the route counts in the VRF's number of unprogrammed routes: it does exactly while
+   // the platform's status lists it as seen by this machine, so that the count is always the
+   // number of such routes, also over a status that an earlier incarnation left.
+   bool countedUnprogrammed() const { return countedUnprogrammed_; }
+   void countedUnprogrammedIs(bool v) { countedUnprogrammed_ = v; }
    bool unprogramRequired() const { return unprogramRequired_; }
    void unprogramRequiredIs(bool v) { unprogramRequired_ = v; }
 
@@ -39,6 +44,7 @@ class MplsRoute : public Kor::PtrInterface {
    std::int32_t metric_ = 0;
    bool unprogrammed_ = true;
    bool unprogramRequired_ = false;
+   bool countedUnprogrammed_ = false;
    L3AdjacencyPtr l3Adj_;
    MplsL2AdjacencyPtr l2Adj_;
    ExternalFecInfoPtr extFecInfo_;

@@ -149,9 +149,9 @@ class VrfMplsState : public Kor::Entity {
       return !forPublish_.empty() || !forReview_.empty() || !l3AdjForReview_.empty() ||
              !l2AdjForReview_.empty() || !l2AdjPendingForDelete_.empty();
    }
-   bool needReviewForUnprogrammedOnly() const {
-      return !needReview() && numUnprogrammedRoute_ != 0;
-   }
+   // Routes or L2 adjacencies that the platform refused: both are retried on the retry interval.
+   bool hasUnprogrammed() const { return numUnprogrammedRoute_ != 0 || numUnprogrammedAdj_ != 0; }
+   bool needReviewForUnprogrammedOnly() const { return !needReview() && hasUnprogrammed(); }
    // Nothing left that a deletion of the state would lose.
    bool empty() const {
       return route_.empty() && mplsNextHop_.empty() && l3Adjacency_.empty() &&

@@ -62,6 +62,13 @@ class FakeMplsSmHelper : public FalHelper::MplsSmHelper {
                                                  const std::uint64_t& fecId,
                                                  Wire::AddressingMethod method) override;
    void deleteRoute(const Mpls::RouteKey& routeKey) override;
+   std::vector<Mpls::RouteKey> routeKeys() const override {
+      std::vector<Mpls::RouteKey> keys;
+      for (const auto& [key, entry] : route_) {
+         keys.push_back(key);
+      }
+      return keys;
+   }
 
    // The next n updates fail with `code`.
    void refuseNextIs(std::size_t n, Mpls::LfibHwProgrammingReturnCode code =

@@ -31,6 +31,10 @@ std::ostream& operator<<(std::ostream& os, const LfibVlanVia& via) {
    return os << via.stringValue();
 }
 
+std::ostream& operator<<(std::ostream& os, const LfibEvpnEthernetSegmentFilterVia& via) {
+   return os << via.stringValue();
+}
+
 std::size_t LfibEvpnVlanFloodVia::hash() const {
    return Kor::hashCombine(key_.hash(), vlanId_.value());
 }

@@ -66,6 +66,29 @@ class LfibVlanVia {
 
 std::ostream& operator<<(std::ostream& os, const LfibVlanVia& via);
 
+// The split-horizon filter of an EVPN ethernet segment: traffic that carries this label came from
+// a peer attached to the same segment. It holds only its key; the decap machine leaves it to the
+// platform and programs nothing for it.
+class LfibEvpnEthernetSegmentFilterVia {
+ public:
+   LfibEvpnEthernetSegmentFilterVia() = default;
+   explicit LfibEvpnEthernetSegmentFilterVia(const LfibViaKey& key) : key_(key) {}
+
+   const LfibViaKey& key() const { return key_; }
+
+   bool operator==(const LfibEvpnEthernetSegmentFilterVia&) const = default;
+   std::size_t hash() const { return key_.hash(); }
+   // "LfibEvpnEthernetSegmentFilterVia via viaTypeEvpnEthernetSegment index 1 source evpn".
+   std::string stringValue() const {
+      return "LfibEvpnEthernetSegmentFilterVia " + key_.stringValue();
+   }
+
+ private:
+   LfibViaKey key_;
+};
+
+std::ostream& operator<<(std::ostream& os, const LfibEvpnEthernetSegmentFilterVia& via);
+
 // Pop and flood the payload in VLAN `vlanId` (EVPN broadcast, unknown unicast and multicast).
 class LfibEvpnVlanFloodVia {
  public:

@@ -33,6 +33,7 @@ class LfibStatus : public Kor::Entity {
       virtual void onEvpnVlanFloodVia(const LfibViaKey&) {}
       virtual void onEvpnVlanAwareVia(const LfibViaKey&) {}
       virtual void onEvpnVlanAwareFloodVia(const LfibViaKey&) {}
+      virtual void onEvpnEthernetSegmentFilterVia(const LfibViaKey&) {}
       virtual void onDot1qTagToVlanColl(const LfibDot1qTagToVlanKey&) {}
    };
    using RouteMap = DenseRouteMap<LfibRoute>;
@@ -116,6 +117,15 @@ class LfibStatus : public Kor::Entity {
    void evpnVlanAwareFloodViaDel(const LfibViaKey& k) {
       del(evpnVlanAwareFloodVia_, k, &NotifieeConst::onEvpnVlanAwareFloodVia);
    }
+   LfibEvpnEthernetSegmentFilterVia evpnEthernetSegmentFilterVia(const LfibViaKey& k) const {
+      return get(evpnEthernetSegmentFilterVia_, k);
+   }
+   void evpnEthernetSegmentFilterViaIs(const LfibEvpnEthernetSegmentFilterVia& v) {
+      set(evpnEthernetSegmentFilterVia_, v, &NotifieeConst::onEvpnEthernetSegmentFilterVia);
+   }
+   void evpnEthernetSegmentFilterViaDel(const LfibViaKey& k) {
+      del(evpnEthernetSegmentFilterVia_, k, &NotifieeConst::onEvpnEthernetSegmentFilterVia);
+   }
 
    // Dot1q-tag-to-VLAN collections (instantiating: get or create, notify on creation only).
    Kor::Ptr<LfibDot1qTagToVlan> dot1qTagToVlanColl(const LfibDot1qTagToVlanKey& key) const;
@@ -162,6 +172,7 @@ class LfibStatus : public Kor::Entity {
    ViaMap<LfibEvpnVlanFloodVia> evpnVlanFloodVia_;
    ViaMap<LfibEvpnVlanAwareVia> evpnVlanAwareVia_;
    ViaMap<LfibEvpnVlanAwareFloodVia> evpnVlanAwareFloodVia_;
+   ViaMap<LfibEvpnEthernetSegmentFilterVia> evpnEthernetSegmentFilterVia_;
    Dot1qCollMap dot1qColl_;
 };
 

@@ -22,6 +22,7 @@ class LfibTrackingSm::LfibReactor : public LfibStatus::NotifieeConst {
    void onEvpnVlanFloodVia(const LfibViaKey& k) override { sm_.viaChanged(k); }
    void onEvpnVlanAwareVia(const LfibViaKey& k) override { sm_.viaChanged(k); }
    void onEvpnVlanAwareFloodVia(const LfibViaKey& k) override { sm_.viaChanged(k); }
+   void onEvpnEthernetSegmentFilterVia(const LfibViaKey& k) override { sm_.viaChanged(k); }
 
  private:
    LfibTrackingSm& sm_;
