@@ -805,9 +805,9 @@ INSTANTIATE_TEST_SUITE_P(Seeds, AgentRandom,
                                           std::uint32_t(MPLSFWD_RANDOM_FIRST_SEED +
                                                         MPLSFWD_RANDOM_SEEDS)));
 
-// The FEC way and restarts still find faults (refused FEC-way routes never retried, stale helper
-// entries after a restart, FULL twice in a row across a restart): run with
-// --gtest_also_run_disabled_tests.
+// The FEC way and restarts still find faults: a FEC-way route the route helper refused is never
+// retried once the chip's re-examination drops its unprogrammed listing, and a restart can log
+// FULL twice in a row or leave the last log on FULL. Run with --gtest_also_run_disabled_tests.
 TEST(AgentRandomKnownFaults, DISABLED_FecWayAndRestarts) {
    for (std::uint32_t seed = 1; seed <= 40; ++seed) {
       runSeed(seedOf(seed), {.fec = true, .inPlace = seed % 2 == 1});
