@@ -366,8 +366,11 @@ void Chip::programRoute(Fal::VrfId id, const Fal::MplsHwVrfConfig& config,
          ++routeDeletes_;
          status.routeDel(key);
       }
-      status.unprogrammedRouteDel(key);
-      vrf.routeReason.erase(key);
+      // Only a listing this chip made is its to clear: a route that goes the FEC way is listed by
+      // the transit machine when the route helper refuses it, and stays listed until retried.
+      if (vrf.routeReason.erase(key) != 0) {
+         status.unprogrammedRouteDel(key);
+      }
       return;
    }
    const Fal::L2AdjacencyPtr& adj = route.l2Adjacency();
