@@ -79,7 +79,7 @@ void compare(const Mpls::LfibStatus& lfib, const Model& m) {
       for (const auto& [label, set] : m.routes) {
          users += set == key;
          if (set == key) {
-            require(lfib.routeKeysOfViaSet(key).contains(Mpls::RouteKey(Wire::MplsLabel(label))));
+            require(lfib.routeKeysOfViaSet(key).count(Mpls::RouteKey(Wire::MplsLabel(label))) == 1);
          }
       }
       require(lfib.routeKeysOfViaSet(key).size() == users);
