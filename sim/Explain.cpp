@@ -10,17 +10,13 @@
 #include "Runner.h"
 #include "Scenario.h"
 
+#include <mplsfwd/kor/TextForm.h>
+
 namespace sim {
 
 namespace {
 
 using Json = nlohmann::json;
-
-std::string str(const auto& v) {
-   std::ostringstream os;
-   os << v;
-   return os.str();
-}
 
 std::string seconds(double t) {
    if (!std::isfinite(t)) {
@@ -43,7 +39,7 @@ bool isDecapType(Mpls::LfibViaType t) {
 
 std::string transitSentence(const Fal::TransitExplanation& e, const Agent& agent) {
    const std::string set =
-       str(e.viaSetKey.viaType()) + " via set " + std::to_string(e.viaSetKey.index());
+       Kor::toText(e.viaSetKey.viaType()) + " via set " + std::to_string(e.viaSetKey.index());
    switch (e.cause) {
       case Fal::TransitCause::programmed:
          return "programmed";
@@ -197,7 +193,7 @@ Json transitJson(const Fal::TransitExplanation& e) {
                {"cause", std::string(Fal::transitCauseName(e.cause))},
                {"rule", std::string(Fal::viaSetRuleName(e.rule))},
                {"inLfib", e.inLfib},
-               {"viaSetType", str(e.viaSetKey.viaType())},
+               {"viaSetType", Kor::toText(e.viaSetKey.viaType())},
                {"viaSetIndex", e.viaSetKey.index()},
                {"viaSetPresent", e.viaSetPresent},
                {"vrfNamed", e.vrfNamed},
@@ -257,7 +253,7 @@ std::string decapSentence(const Fal::DecapExplanation& e) {
          return "waiting in the route-key backlog";
       case Fal::DecapCause::helperRefused:
          return "the decap helper refused it with return code " + std::to_string(e.returnCode) +
-                " (" + str(static_cast<Mpls::LfibHwProgrammingReturnCode>(e.returnCode)) +
+                " (" + Kor::toText(static_cast<Mpls::LfibHwProgrammingReturnCode>(e.returnCode)) +
                 "); next retry at " + seconds(e.nextRetry);
       case Fal::DecapCause::helperRefusedNotRetried:
          return "not programmed and not listed: the helper answered a code above 3, which is not "
@@ -309,7 +305,7 @@ Json decapJson(const Fal::DecapExplanation& e, const Agent& agent) {
                {"cause", std::string(Fal::decapCauseName(e.cause))},
                {"inLfib", e.inLfib},
                {"viaSetPresent", e.viaSetPresent},
-               {"viaType", str(e.viaType)},
+               {"viaType", Kor::toText(e.viaType)},
                {"viaPresent", e.viaPresent},
                {"mapping", e.mapping},
                {"programmed", e.programmed},

@@ -5,17 +5,13 @@
 #include <optional>
 #include <sstream>
 
+#include <mplsfwd/kor/TextForm.h>
+
 namespace sim {
 
 namespace {
 
 using Json = nlohmann::json;
-
-std::string str(const auto& v) {
-   std::ostringstream os;
-   os << v;
-   return os.str();
-}
 
 std::string viaLine(const Mpls::Hardware::L2Via& v) {
    std::ostringstream os;
@@ -93,7 +89,7 @@ void writeRouteRows(std::ostream& os, const State& s) {
       if (r.path == "fec") {
          vias = {"fec " + std::to_string(r.fecId)};
       }
-      routes.row({str(r.key.topLabel()), std::string(routeStateName(r.state)),
+      routes.row({Kor::toText(r.key.topLabel()), std::string(routeStateName(r.state)),
                   r.reason.empty() ? "-" : r.reason, r.action.empty() ? "-" : r.action,
                   r.path.empty() ? "-" : r.path,
                   r.l2Adjacency ? std::to_string(*r.l2Adjacency) : "-", std::to_string(r.version),
@@ -163,7 +159,7 @@ Json toJson(const State& s) {
       Json jd{{"label", d.label.value()}, {"kind", d.kind}};
       if (d.kind == "vrf") {
          jd["vrf"] = d.vrf.stringValue();
-         jd["payloadType"] = str(d.payloadType);
+         jd["payloadType"] = Kor::toText(d.payloadType);
       } else {
          jd["vlan"] = d.vlan.isNone() ? Json("none") : Json(d.vlan.value());
          jd["flood"] = d.flood;
@@ -269,21 +265,21 @@ void Report::writeText(std::ostream& os) const {
    Table decaps("Decap mappings", {"label", "kind", "target", "details"});
    for (const auto& d : s.decaps) {
       if (d.kind == "vrf") {
-         decaps.row(
-             {str(d.label), d.kind, "vrf " + d.vrf.stringValue(), "payload " + str(d.payloadType)});
+         decaps.row({Kor::toText(d.label), d.kind, "vrf " + d.vrf.stringValue(),
+                     "payload " + Kor::toText(d.payloadType)});
       } else {
          std::string details = std::string("flood ") + (d.flood ? "true" : "false");
          if (d.kind == "dot1q") {
-            details = "dot1qTag " + str(d.dot1qTag) + " " + details;
+            details = "dot1qTag " + Kor::toText(d.dot1qTag) + " " + details;
          }
-         decaps.row({str(d.label), d.kind, "vlan " + d.vlan.stringValue(), details});
+         decaps.row({Kor::toText(d.label), d.kind, "vlan " + d.vlan.stringValue(), details});
       }
    }
    decaps.write(os);
 
    Table pw("Pseudowire decap records", {"label", "pwInterface"});
    for (const auto& p : s.pwDecaps) {
-      pw.row({str(p.label()), p.pwIntfId().stringValue()});
+      pw.row({Kor::toText(p.label()), p.pwIntfId().stringValue()});
    }
    pw.write(os);
 
@@ -298,12 +294,12 @@ void Report::writeText(std::ostream& os) const {
    Table unprog("Unprogrammed routes", {"label", "kind", "reason"});
    for (const auto& r : s.routes) {
       if (r.state == RouteState::unprogrammed) {
-         unprog.row({str(r.key.topLabel()), "transit", r.reason});
+         unprog.row({Kor::toText(r.key.topLabel()), "transit", r.reason});
       }
    }
    for (const auto& [key, rc] : s.decapUnprogrammed) {
-      unprog.row({str(key.topLabel()), "decap",
-                  str(static_cast<Mpls::LfibHwProgrammingReturnCode>(rc)) + " (" +
+      unprog.row({Kor::toText(key.topLabel()), "decap",
+                  Kor::toText(static_cast<Mpls::LfibHwProgrammingReturnCode>(rc)) + " (" +
                       std::to_string(rc) + ")"});
    }
    unprog.write(os);
