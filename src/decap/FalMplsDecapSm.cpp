@@ -119,11 +119,11 @@ MplsDecapSm::~MplsDecapSm() {
 
 void MplsDecapSm::handleInitialized() {
    TRACE8(decapTrace, "handleInitialized");
-   FAL_ASSERT(scheduler(), "scheduler()");
-   FAL_ASSERT(lfibStatus(), "lfibStatus()");
-   FAL_ASSERT(lfibTrackingStatus(), "lfibTrackingStatus()");
-   FAL_ASSERT(lfibHwStatus(), "lfibHwStatus()");
-   FAL_ASSERT(mplsDecapHelper(), "mplsDecapHelper()");
+   FAL_ASSERT(scheduler());
+   FAL_ASSERT(lfibStatus());
+   FAL_ASSERT(lfibTrackingStatus());
+   FAL_ASSERT(lfibHwStatus());
+   FAL_ASSERT(mplsDecapHelper());
    reviewRouteKeyBacklog_ =
        Kor::make<Loom::Task>(scheduler_, "reviewRouteKeyBacklog", reviewTaskPriority,
                              [this] { doReviewRouteKeyBacklog(); });
@@ -165,12 +165,12 @@ void MplsDecapSm::dot1qTagToVlanCollDel(const Mpls::LfibDot1qTagToVlanKey& key) 
 // Backlog.
 
 void MplsDecapSm::handleRouteKeyBacklog() {
-   FAL_ASSERT(initialized(), "initialized()");
+   FAL_ASSERT(initialized());
    reviewRouteKeyBacklog_->schedule();
 }
 
 void MplsDecapSm::doReviewRouteKeyBacklog() {
-   FAL_ASSERT(initialized(), "initialized()");
+   FAL_ASSERT(initialized());
    FAL_ASSERT(reviewRouteKeyBacklog_, "task");
    TRACE8(decapTrace,
           "doReviewRouteKeyBacklog backlog " << lfibTrackingStatus_->routeKeyBacklogSet().size());
@@ -241,7 +241,7 @@ void MplsDecapSm::reconcileHelper() {
 }
 
 void MplsDecapSm::processRouteKeyBacklog(const Mpls::RouteKey& routeKey) {
-   FAL_ASSERT(initialized(), "initialized()");
+   FAL_ASSERT(initialized());
    FAL_ASSERT(lfibTrackingStatus_->routeKeyBacklog(routeKey), "backlogIter.isMemberOf( routeKey )");
    processRouteKey(routeKey);
    // The key leaves the backlog whatever the helper said: a refusal is remembered in the
@@ -252,7 +252,7 @@ void MplsDecapSm::processRouteKeyBacklog(const Mpls::RouteKey& routeKey) {
 void MplsDecapSm::processRouteKey(const Mpls::RouteKey& routeKey) {
    TRACE8(decapTrace, "processRouteKey"
                           << " route " << routeKey << " label " << routeKey.topLabel());
-   FAL_ASSERT(initialized(), "initialized()");
+   FAL_ASSERT(initialized());
    deleteRoute(routeKey);
 
    const Mpls::LfibRoute* route = lfibStatus_->lfibRoutePtr(routeKey);
@@ -300,7 +300,7 @@ void MplsDecapSm::processRouteKey(const Mpls::RouteKey& routeKey) {
 void MplsDecapSm::deleteRoute(const Mpls::RouteKey& routeKey) {
    TRACE8(decapTrace, "deleteRoute"
                           << " route " << routeKey);
-   FAL_ASSERT(initialized(), "initialized()");
+   FAL_ASSERT(initialized());
    auto it = routeViaType_.find(routeKey);
    if (it == routeViaType_.end()) {
       MPLSFWD_TRACE_FAST(decapTrace, 8,
@@ -345,7 +345,7 @@ void MplsDecapSm::processIpLookupVia(const Mpls::RouteKey& routeKey,
                                      const Mpls::LfibViaKey& viaKey) {
    TRACE8(decapTrace, "processIpLookupVia"
                           << " route " << routeKey << " via " << viaKey);
-   FAL_ASSERT(initialized(), "initialized()");
+   FAL_ASSERT(initialized());
    FAL_ASSERT(viaKey.viaType() == Mpls::viaTypeIpLookup_,
               "viaKey.viaType() == Mpls::viaTypeIpLookup()");
    const Mpls::LfibIpLookupVia via = lfibStatus_->ipLookupVia(viaKey);
@@ -361,7 +361,7 @@ void MplsDecapSm::processIpLookupVia(const Mpls::RouteKey& routeKey,
 void MplsDecapSm::processVlanVia(const Mpls::RouteKey& routeKey, const Mpls::LfibViaKey& viaKey) {
    TRACE8(decapTrace, "processVlanVia"
                           << " route " << routeKey << " via " << viaKey);
-   FAL_ASSERT(initialized(), "initialized()");
+   FAL_ASSERT(initialized());
    FAL_ASSERT(viaKey.viaType() == Mpls::viaTypeVlan_, "viaKey.viaType() == Mpls::viaTypeVlan()");
    const Mpls::LfibVlanVia via = lfibStatus_->vlanVia(viaKey);
    if (via == routeVlanVia(routeKey)) {
@@ -377,7 +377,7 @@ void MplsDecapSm::processEvpnVlanFloodVia(const Mpls::RouteKey& routeKey,
                                           const Mpls::LfibViaKey& viaKey) {
    TRACE8(decapTrace, "processEvpnVlanFloodVia"
                           << " route " << routeKey << " via " << viaKey);
-   FAL_ASSERT(initialized(), "initialized()");
+   FAL_ASSERT(initialized());
    FAL_ASSERT(viaKey.viaType() == Mpls::viaTypeEvpnVlanFlood_,
               "viaKey.viaType() == Mpls::viaTypeEvpnVlanFlood()");
    const Mpls::LfibEvpnVlanFloodVia via = lfibStatus_->evpnVlanFloodVia(viaKey);
@@ -394,7 +394,7 @@ void MplsDecapSm::createIpLookupVia(const Mpls::RouteKey& routeKey,
                                     const Mpls::LfibIpLookupVia& via) {
    TRACE8(decapTrace, "createIpLookupVia"
                           << " route " << routeKey << " via " << via);
-   FAL_ASSERT(initialized(), "initialized()");
+   FAL_ASSERT(initialized());
    FAL_ASSERT(!routeViaTypeHas(routeKey), "!routeViaTypeHas( routeKey )");
    const Wire::MplsLabel label = routeKey.topLabel();
    const Mpls::LfibHwProgrammingReturnCode rc =
@@ -413,7 +413,7 @@ void MplsDecapSm::createIpLookupVia(const Mpls::RouteKey& routeKey,
 void MplsDecapSm::createVlanVia(const Mpls::RouteKey& routeKey, const Mpls::LfibVlanVia& via) {
    TRACE8(decapTrace, "createVlanVia"
                           << " route " << routeKey << " via " << via);
-   FAL_ASSERT(initialized(), "initialized()");
+   FAL_ASSERT(initialized());
    FAL_ASSERT(!routeViaTypeHas(routeKey), "!routeViaTypeHas( routeKey )");
    const Wire::MplsLabel label = routeKey.topLabel();
    const Mpls::LfibHwProgrammingReturnCode rc =
@@ -432,7 +432,7 @@ void MplsDecapSm::createEvpnVlanFloodVia(const Mpls::RouteKey& routeKey,
                                          const Mpls::LfibEvpnVlanFloodVia& via) {
    TRACE8(decapTrace, "createEvpnVlanFloodVia"
                           << " route " << routeKey << " via " << via);
-   FAL_ASSERT(initialized(), "initialized()");
+   FAL_ASSERT(initialized());
    FAL_ASSERT(!routeViaTypeHas(routeKey), "!routeViaTypeHas( routeKey )");
    const Wire::MplsLabel label = routeKey.topLabel();
    const Mpls::LfibHwProgrammingReturnCode rc =
@@ -450,7 +450,7 @@ void MplsDecapSm::createEvpnVlanFloodVia(const Mpls::RouteKey& routeKey,
 void MplsDecapSm::deleteIpLookupVia(const Mpls::RouteKey& routeKey) {
    TRACE8(decapTrace, "deleteIpLookupVia"
                           << " route " << routeKey);
-   FAL_ASSERT(initialized(), "initialized()");
+   FAL_ASSERT(initialized());
    const Mpls::LfibIpLookupVia via = routeIpLookupVia(routeKey);
    FAL_ASSERT(!(via == Mpls::LfibIpLookupVia()), "!!via");
    const Wire::MplsLabel label = routeKey.topLabel();
@@ -463,7 +463,7 @@ void MplsDecapSm::deleteIpLookupVia(const Mpls::RouteKey& routeKey) {
 void MplsDecapSm::deleteVlanVia(const Mpls::RouteKey& routeKey) {
    TRACE8(decapTrace, "deleteVlanVia"
                           << " route " << routeKey);
-   FAL_ASSERT(initialized(), "initialized()");
+   FAL_ASSERT(initialized());
    const Mpls::LfibVlanVia via = routeVlanVia(routeKey);
    FAL_ASSERT(!(via == Mpls::LfibVlanVia()), "!!via");
    const Wire::MplsLabel label = routeKey.topLabel();
@@ -476,7 +476,7 @@ void MplsDecapSm::deleteVlanVia(const Mpls::RouteKey& routeKey) {
 void MplsDecapSm::deleteEvpnVlanFloodVia(const Mpls::RouteKey& routeKey) {
    TRACE8(decapTrace, "deleteEvpnVlanFloodVia"
                           << " route " << routeKey);
-   FAL_ASSERT(initialized(), "initialized()");
+   FAL_ASSERT(initialized());
    const Mpls::LfibEvpnVlanFloodVia via = routeEvpnVlanFloodVia(routeKey);
    FAL_ASSERT(!(via == Mpls::LfibEvpnVlanFloodVia()), "!!via");
    const Wire::MplsLabel label = routeKey.topLabel();

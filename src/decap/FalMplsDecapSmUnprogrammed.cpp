@@ -13,7 +13,7 @@ Log::Trace decapTrace("MplsDecapSm");
 
 void MplsDecapSm::addRouteToUnprogrammed(const Mpls::RouteKey& routeKey,
                                          Mpls::LfibHwProgrammingReturnCode rc) {
-   FAL_ASSERT(initialized(), "initialized()");
+   FAL_ASSERT(initialized());
    TRACE8(decapTrace, "addRouteToUnprogrammed"
                           << " route " << routeKey << " reason " << static_cast<unsigned>(rc));
    // The newest reason replaces an older one. The review is scheduled by whoever ran this.
@@ -21,7 +21,7 @@ void MplsDecapSm::addRouteToUnprogrammed(const Mpls::RouteKey& routeKey,
 }
 
 void MplsDecapSm::deleteRouteFromUnprogrammed(const Mpls::RouteKey& routeKey) {
-   FAL_ASSERT(initialized(), "initialized()");
+   FAL_ASSERT(initialized());
    if (lfibHwStatus_->unprogrammedRouteMap().empty()) {
       TRACE9(decapTrace, "No unprogrammed routes, nothing to delete");
       return;
@@ -32,7 +32,7 @@ void MplsDecapSm::deleteRouteFromUnprogrammed(const Mpls::RouteKey& routeKey) {
 // A pending review is never pushed back: new failures wait for the review already planned.
 void MplsDecapSm::maybeScheduleUnprogrammedReview() {
    TRACE8(decapTrace, "maybeScheduleUnprogrammedReview");
-   FAL_ASSERT(initialized(), "initialized()");
+   FAL_ASSERT(initialized());
    if (lfibHwStatus_->unprogrammedRouteMap().empty()) {
       TRACE8(decapTrace, "no unprogrammed routes, nothing to review");
       return;
@@ -47,7 +47,7 @@ void MplsDecapSm::maybeScheduleUnprogrammedReview() {
 
 void MplsDecapSm::doReviewUnprogrammed() {
    TRACE8(decapTrace, "doReviewUnprogrammed");
-   FAL_ASSERT(initialized(), "initialized()");
+   FAL_ASSERT(initialized());
    FAL_ASSERT(reviewUnprogrammed_, "task");
    const auto& unprogrammed = lfibHwStatus_->unprogrammedRouteMap();
    auto it = unprogrammed.begin();

@@ -46,9 +46,8 @@ void MplsDecapSm::processEvpnVlanAwareVia(const Mpls::RouteKey& routeKey,
                                           const Mpls::LfibViaKey& viaKey) {
    TRACE8(decapTrace, "processEvpnVlanAwareVia"
                           << " route " << routeKey << " via " << viaKey);
-   FAL_ASSERT(initialized(), "initialized()");
-   FAL_ASSERT(viaKey.viaType() == Mpls::viaTypeEvpnVlanAware_,
-              "viaKey.viaType() == Mpls::viaTypeEvpnVlanAware()");
+   FAL_ASSERT(initialized());
+   FAL_ASSERT(viaKey.viaType() == Mpls::viaTypeEvpnVlanAware_);
    const Mpls::LfibEvpnVlanAwareVia via = lfibStatus_->evpnVlanAwareVia(viaKey);
    if (via == routeEvpnVlanAwareVia(routeKey)) {
       MPLSFWD_TRACE_FAST(decapTrace, 5,
@@ -63,9 +62,8 @@ void MplsDecapSm::processEvpnVlanAwareFloodVia(const Mpls::RouteKey& routeKey,
                                                const Mpls::LfibViaKey& viaKey) {
    TRACE8(decapTrace, "processEvpnVlanAwareFloodVia"
                           << " route " << routeKey << " via " << viaKey);
-   FAL_ASSERT(initialized(), "initialized()");
-   FAL_ASSERT(viaKey.viaType() == Mpls::viaTypeEvpnVlanAwareFlood_,
-              "viaKey.viaType() == Mpls::viaTypeEvpnVlanAwareFlood()");
+   FAL_ASSERT(initialized());
+   FAL_ASSERT(viaKey.viaType() == Mpls::viaTypeEvpnVlanAwareFlood_);
    const Mpls::LfibEvpnVlanAwareFloodVia via = lfibStatus_->evpnVlanAwareFloodVia(viaKey);
    if (via == routeEvpnVlanAwareFloodVia(routeKey)) {
       MPLSFWD_TRACE_FAST(decapTrace, 5,
@@ -82,7 +80,7 @@ void MplsDecapSm::createEvpnVlanAwareVia(const Mpls::RouteKey& routeKey,
                                          const Mpls::LfibEvpnVlanAwareVia& via) {
    TRACE8(decapTrace, "createEvpnVlanAwareVia"
                           << " route " << routeKey << " via " << via);
-   FAL_ASSERT(initialized(), "initialized()");
+   FAL_ASSERT(initialized());
    routeViaTypeIs(routeKey, Mpls::viaTypeEvpnVlanAware_);
    if (auto it = routeEvpnVlanAwareVia_.find(routeKey); it != routeEvpnVlanAwareVia_.end()) {
       FAL_ASSERT(it->second == via, "routeEvpnVlanAwareVia( routeKey ) == via");
@@ -96,11 +94,11 @@ void MplsDecapSm::createEvpnVlanAwareFloodVia(const Mpls::RouteKey& routeKey,
                                               const Mpls::LfibEvpnVlanAwareFloodVia& via) {
    TRACE8(decapTrace, "createEvpnVlanAwareFloodVia"
                           << " route " << routeKey << " via " << via);
-   FAL_ASSERT(initialized(), "initialized()");
+   FAL_ASSERT(initialized());
    routeViaTypeIs(routeKey, Mpls::viaTypeEvpnVlanAwareFlood_);
    if (auto it = routeEvpnVlanAwareFloodVia_.find(routeKey);
        it != routeEvpnVlanAwareFloodVia_.end()) {
-      FAL_ASSERT(it->second == via, "routeEvpnVlanAwareFloodVia( routeKey ) == via");
+      FAL_ASSERT(it->second == via);
    } else {
       routeEvpnVlanAwareFloodViaIs(routeKey, via);
    }
@@ -161,7 +159,7 @@ void MplsDecapSm::createVlanAwareMappings(const Mpls::RouteKey& routeKey,
 void MplsDecapSm::deleteEvpnVlanAwareVia(const Mpls::RouteKey& routeKey) {
    TRACE8(decapTrace, "deleteEvpnVlanAwareVia"
                           << " route " << routeKey);
-   FAL_ASSERT(initialized(), "initialized()");
+   FAL_ASSERT(initialized());
    FAL_ASSERT(!(routeEvpnVlanAwareVia(routeKey) == Mpls::LfibEvpnVlanAwareVia()), "!!via");
    deleteVlanAwareMappings(routeKey, false);
    routeViaTypeDel(routeKey);
@@ -171,7 +169,7 @@ void MplsDecapSm::deleteEvpnVlanAwareVia(const Mpls::RouteKey& routeKey) {
 void MplsDecapSm::deleteEvpnVlanAwareFloodVia(const Mpls::RouteKey& routeKey) {
    TRACE8(decapTrace, "deleteEvpnVlanAwareFloodVia"
                           << " route " << routeKey);
-   FAL_ASSERT(initialized(), "initialized()");
+   FAL_ASSERT(initialized());
    FAL_ASSERT(!(routeEvpnVlanAwareFloodVia(routeKey) == Mpls::LfibEvpnVlanAwareFloodVia()),
               "!!via");
    deleteVlanAwareMappings(routeKey, true);
@@ -206,7 +204,7 @@ void MplsDecapSm::deleteVlanAwareMappings(const Mpls::RouteKey& routeKey, bool f
 void MplsDecapSm::handleLfibDot1qTagToVlanColl(const Mpls::LfibDot1qTagToVlanKey& key) {
    TRACE8(decapTrace, "handleLfibDot1qTagToVlanColl"
                           << " dot1qTagToVlanKey " << key);
-   FAL_ASSERT(initialized(), "initialized()");
+   FAL_ASSERT(initialized());
    if (lfibStatus_->dot1qTagToVlanColl(key)) {
       dot1qTagToVlanCollIs(key);
    } else {
@@ -218,7 +216,7 @@ void MplsDecapSm::handleDot1qTagToVlanColl(const Mpls::LfibDot1qTagToVlanKey& ke
    MPLSFWD_TRACE_FAST(decapTrace, 5,
                       "handleDot1qTagToVlanColl"
                           << " dot1qTagToVlanKey " << key << " handling the entire collection");
-   FAL_ASSERT(initialized(), "initialized()");
+   FAL_ASSERT(initialized());
    // The delete pass forgets the routes along with their tags, so the create pass works from
    // what the routes were before it.
    std::vector<std::tuple<Mpls::RouteKey, Mpls::LfibViaType, Mpls::LfibEvpnVlanAwareVia,
@@ -248,9 +246,9 @@ void MplsDecapSm::handleDot1qTagToVlan(const Mpls::LfibDot1qTagToVlanKey& key,
    MPLSFWD_TRACE_FAST(decapTrace, 5,
                       "handleDot1qTagToVlan"
                           << " dot1qTagToVlanKey " << key << " dot1qTag " << dot1qTag);
-   FAL_ASSERT(initialized(), "initialized()");
+   FAL_ASSERT(initialized());
    Kor::Ptr<const Mpls::LfibDot1qTagToVlan> map = lfibStatus_->dot1qTagToVlanColl(key);
-   FAL_ASSERT(map, "map");
+   FAL_ASSERT(map);
    if (map->dot1qTagToVlanIdHas(dot1qTag)) {
       processDot1qTagToVlan(key, true);
    } else if (auto set = vlanAwareDot1qTagVlanToRouteKeySet(key)) {
@@ -272,7 +270,7 @@ void MplsDecapSm::handleDot1qTagToVlan(const Mpls::LfibDot1qTagToVlanKey& key,
 void MplsDecapSm::processDot1qTagToVlan(const Mpls::LfibDot1qTagToVlanKey& key, bool create) {
    TRACE8(decapTrace, "processDot1qTagToVlan"
                           << " dot1qTagToVlanKey " << key << " create " << create);
-   FAL_ASSERT(initialized(), "initialized()");
+   FAL_ASSERT(initialized());
    auto set = vlanAwareDot1qTagVlanToRouteKeySet(key);
    if (!set) {
       return;

@@ -222,9 +222,9 @@ bool LFibSm::hwFecIdAnswered(Memtab::Fib::FecId fecId) const {
 // ---- start-up ----
 
 void LFibSm::handleInitialized() {
-   FAL_ASSERT(mplsStatus(), "mplsStatus()");
-   FAL_ASSERT(mplsIpStatus(), "mplsIpStatus()");
-   FAL_ASSERT(decapInfoTable(), "decapInfoTable()");
+   FAL_ASSERT(mplsStatus());
+   FAL_ASSERT(mplsIpStatus());
+   FAL_ASSERT(decapInfoTable());
    LFIBSM_TRACE(5, "handleInitialized");
 
    // Nothing an earlier incarnation left is trusted: its decap records may name FECs whose
@@ -461,11 +461,9 @@ void LFibSm::freeDecapFecId(Memtab::Fib::FecId fecId) {
               "dstPortToHwFecIdRequest()->hwFecIdRequest( fecId ) == Fal::HwFecIdRequest()");
    FAL_ASSERT(!hwFecIdAnswered(fecId),
               "dstPortToHwFecIdResponse()->hwFecId( fecId ) == Fal::FecToHwFecId()");
-   FAL_ASSERT(fecId.adjType() == Memtab::Fib::AdjType::pwDecapAdj_,
-              "fecId.adjType() == Memtab::Fib::AdjType::pwDecapAdj_");
+   FAL_ASSERT(fecId.adjType() == Memtab::Fib::AdjType::pwDecapAdj_);
    const std::uint64_t index = fecId.index();
-   const bool released = numAllocator()->releaseNumber(index);
-   FAL_ASSERT(released, "numAllocator()->releaseNumber( index )");
+   FAL_ASSERT(numAllocator()->releaseNumber(index));
 }
 
 // ---- hardware FEC ids ----
@@ -584,7 +582,7 @@ void LFibSm::handleConnectorChange(Wire::IntfId pwIntfId) {
       const PwIntfIdToFecIdCollection::FecIdSet fecIds = col->fecIds();
       for (const Memtab::Fib::FecId fecId : fecIds) {
          const Memtab::Fib::Fec requestedFec = dstPortToHwFecIdRequest_->fec(fecId);
-         FAL_ASSERT(requestedFec != Memtab::Fib::Fec(), "requestedFec != Memtab::Fib::Fec()");
+         FAL_ASSERT(requestedFec != Memtab::Fib::Fec());
          const Memtab::Fib::Fec fec = decapFec(fecId, connector);
          if (fec != requestedFec) {
             LFIBSM_TRACE(5, "handleConnectorChange: in place fec update: " << fec);

@@ -222,9 +222,9 @@ void MplsSm::hwFecIdResponseIs(Kor::Ptr<const FecIdToHwFecIdResponse> t) {
 
 void MplsSm::handleInitialized() {
    SM_TRACE(8, "handleInitialized");
-   FAL_ASSERT(clock_, "clock_");
+   FAL_ASSERT(clock_);
    clock_->timeMinIs(Kor::Clock::never());
-   FAL_ASSERT(monitoredNhSm(), "monitoredNhSm()");
+   FAL_ASSERT(monitoredNhSm());
 
    // Whatever an earlier incarnation programmed is not ours to trust: clear it before anything.
    if (mplsHwConfig_) {
@@ -240,8 +240,7 @@ void MplsSm::handleInitialized() {
       routingHwMplsStatus_->routeDelAll();
    }
 
-   FAL_ASSERT(mplsStatus() && transitLfib() && mplsRoutingInfo() && mplsHwConfig(),
-              "mplsStatus() && transitLfib() && mplsRoutingInfo() && mplsHwConfig()");
+   FAL_ASSERT(mplsStatus() && transitLfib() && mplsRoutingInfo() && mplsHwConfig());
    handleMplsRouting(mplsRoutingInfo_->mplsRouting());
    handleNexthopResolutionAllowDefaultRoute();
 
