@@ -288,8 +288,6 @@ class MplsSm : public Kor::Entity {
    MplsL2AdjacencyPtr tryInPlaceUpdate(VrfMplsState& vrf, const L3AdjacencyPtr& l3Adj,
                                        const Mpls::Hardware::L2ViaSet& l2ViaSet);
    void reviewPassEnded(double start);
-   template <class Reactor, class Input>
-   void attachReactor(std::unique_ptr<Reactor>& reactor, const Input& input);
    void refreshDefaultVrfId();
    void acceptRoute(VrfMplsState& vrf, const Mpls::RouteKey& routeKey);
    bool vrfKnown(const L3::VrfName& vrf) const;
