@@ -52,7 +52,7 @@ endfunction()
 # the helpers of the libraries' own sources. No installed header includes them, and the install
 # test checks that no installed header defines a macro without the MPLSFWD_ prefix.
 set(MPLSFWD_PRIVATE_HEADERS log/Assert.h log/FastLog.h log/Trace.h log/RateLimiter.h
-    transit/MplsSmTrace.h Fal/RequireTable.h)
+    transit/MplsSmTrace.h decap/MplsDecapSmTrace.h pseudowire/LFibSmTrace.h Fal/RequireTable.h)
 
 function(mplsfwd_install_package)
   include(GNUInstallDirs)

@@ -6,6 +6,7 @@
 #include <mplsfwd/kor/AttrOps.h>
 #include <mplsfwd/kor/Collections.h>
 #include <mplsfwd/kor/Entity.h>
+#include <mplsfwd/kor/KeyedAttr.h>
 #include <mplsfwd/kor/Ptr.h>
 #include <mplsfwd/loom/Task.h>
 #include <mplsfwd/loom/TaskScheduler.h>
@@ -129,98 +130,19 @@ class MplsDecapSm : public Kor::Entity {
    DecapExplanation explainRoute(const Mpls::RouteKey& routeKey) const;
 
    // What is programmed, per route.
-   Mpls::LfibViaType routeViaType(const Mpls::RouteKey& k) const {
-      return Kor::mapValueOr(routeViaType_, k, Mpls::viaTypeInvalid_);
-   }
-   bool routeViaTypeHas(const Mpls::RouteKey& k) const { return routeViaType_.contains(k); }
-   void routeViaTypeIs(const Mpls::RouteKey& k, Mpls::LfibViaType t) { routeViaType_[k] = t; }
-   void routeViaTypeDel(const Mpls::RouteKey& k) { routeViaType_.erase(k); }
-   const RouteViaTypeMap& routeViaTypeMap() const { return routeViaType_; }
-
-   Mpls::LfibIpLookupVia routeIpLookupVia(const Mpls::RouteKey& k) const {
-      return Kor::mapValueOr(routeIpLookupVia_, k);
-   }
-   bool routeIpLookupViaHas(const Mpls::RouteKey& k) const { return routeIpLookupVia_.contains(k); }
-   void routeIpLookupViaIs(const Mpls::RouteKey& k, const Mpls::LfibIpLookupVia& v) {
-      routeIpLookupVia_[k] = v;
-   }
-   void routeIpLookupViaDel(const Mpls::RouteKey& k) { routeIpLookupVia_.erase(k); }
-   const RouteViaMap<Mpls::LfibIpLookupVia>& routeIpLookupViaMap() const {
-      return routeIpLookupVia_;
-   }
-
-   Mpls::LfibVlanVia routeVlanVia(const Mpls::RouteKey& k) const {
-      return Kor::mapValueOr(routeVlanVia_, k);
-   }
-   bool routeVlanViaHas(const Mpls::RouteKey& k) const { return routeVlanVia_.contains(k); }
-   void routeVlanViaIs(const Mpls::RouteKey& k, const Mpls::LfibVlanVia& v) {
-      routeVlanVia_[k] = v;
-   }
-   void routeVlanViaDel(const Mpls::RouteKey& k) { routeVlanVia_.erase(k); }
-   const RouteViaMap<Mpls::LfibVlanVia>& routeVlanViaMap() const { return routeVlanVia_; }
-
-   Mpls::LfibEvpnVlanFloodVia routeEvpnVlanFloodVia(const Mpls::RouteKey& k) const {
-      return Kor::mapValueOr(routeEvpnVlanFloodVia_, k);
-   }
-   bool routeEvpnVlanFloodViaHas(const Mpls::RouteKey& k) const {
-      return routeEvpnVlanFloodVia_.contains(k);
-   }
-   void routeEvpnVlanFloodViaIs(const Mpls::RouteKey& k, const Mpls::LfibEvpnVlanFloodVia& v) {
-      routeEvpnVlanFloodVia_[k] = v;
-   }
-   void routeEvpnVlanFloodViaDel(const Mpls::RouteKey& k) { routeEvpnVlanFloodVia_.erase(k); }
-   const RouteViaMap<Mpls::LfibEvpnVlanFloodVia>& routeEvpnVlanFloodViaMap() const {
-      return routeEvpnVlanFloodVia_;
-   }
-
-   Mpls::LfibEvpnVlanAwareVia routeEvpnVlanAwareVia(const Mpls::RouteKey& k) const {
-      return Kor::mapValueOr(routeEvpnVlanAwareVia_, k);
-   }
-   bool routeEvpnVlanAwareViaHas(const Mpls::RouteKey& k) const {
-      return routeEvpnVlanAwareVia_.contains(k);
-   }
-   void routeEvpnVlanAwareViaIs(const Mpls::RouteKey& k, const Mpls::LfibEvpnVlanAwareVia& v) {
-      routeEvpnVlanAwareVia_[k] = v;
-   }
-   void routeEvpnVlanAwareViaDel(const Mpls::RouteKey& k) { routeEvpnVlanAwareVia_.erase(k); }
-   const RouteViaMap<Mpls::LfibEvpnVlanAwareVia>& routeEvpnVlanAwareViaMap() const {
-      return routeEvpnVlanAwareVia_;
-   }
-
-   Mpls::LfibEvpnVlanAwareFloodVia routeEvpnVlanAwareFloodVia(const Mpls::RouteKey& k) const {
-      return Kor::mapValueOr(routeEvpnVlanAwareFloodVia_, k);
-   }
-   bool routeEvpnVlanAwareFloodViaHas(const Mpls::RouteKey& k) const {
-      return routeEvpnVlanAwareFloodVia_.contains(k);
-   }
-   void routeEvpnVlanAwareFloodViaIs(const Mpls::RouteKey& k,
-                                     const Mpls::LfibEvpnVlanAwareFloodVia& v) {
-      routeEvpnVlanAwareFloodVia_[k] = v;
-   }
-   void routeEvpnVlanAwareFloodViaDel(const Mpls::RouteKey& k) {
-      routeEvpnVlanAwareFloodVia_.erase(k);
-   }
-   const RouteViaMap<Mpls::LfibEvpnVlanAwareFloodVia>& routeEvpnVlanAwareFloodViaMap() const {
-      return routeEvpnVlanAwareFloodVia_;
-   }
+   MPLSFWD_KEYED_ATTR(routeViaType, routeViaTypes, Mpls::RouteKey, Kor::Unobserved{})
+   MPLSFWD_KEYED_ATTR(routeIpLookupVia, routeIpLookupVias, Mpls::RouteKey, Kor::Unobserved{})
+   MPLSFWD_KEYED_ATTR(routeVlanVia, routeVlanVias, Mpls::RouteKey, Kor::Unobserved{})
+   MPLSFWD_KEYED_ATTR(routeEvpnVlanFloodVia, routeEvpnVlanFloodVias, Mpls::RouteKey,
+                      Kor::Unobserved{})
+   MPLSFWD_KEYED_ATTR(routeEvpnVlanAwareVia, routeEvpnVlanAwareVias, Mpls::RouteKey,
+                      Kor::Unobserved{})
+   MPLSFWD_KEYED_ATTR(routeEvpnVlanAwareFloodVia, routeEvpnVlanAwareFloodVias, Mpls::RouteKey,
+                      Kor::Unobserved{})
 
    // VLAN-aware bookkeeping.
-   Mpls::LfibDot1qTagToVlanKey vlanAwareRouteKeyToDot1qTagVlanKey(const Mpls::RouteKey& k) const {
-      return Kor::mapValueOr(vlanAwareRouteKeyToDot1qTagVlanKey_, k);
-   }
-   bool vlanAwareRouteKeyToDot1qTagVlanKeyHas(const Mpls::RouteKey& k) const {
-      return vlanAwareRouteKeyToDot1qTagVlanKey_.contains(k);
-   }
-   void vlanAwareRouteKeyToDot1qTagVlanKeyIs(const Mpls::RouteKey& k,
-                                             const Mpls::LfibDot1qTagToVlanKey& v) {
-      vlanAwareRouteKeyToDot1qTagVlanKey_[k] = v;
-   }
-   void vlanAwareRouteKeyToDot1qTagVlanKeyDel(const Mpls::RouteKey& k) {
-      vlanAwareRouteKeyToDot1qTagVlanKey_.erase(k);
-   }
-   std::size_t vlanAwareRouteKeyToDot1qTagVlanKeys() const {
-      return vlanAwareRouteKeyToDot1qTagVlanKey_.size();
-   }
+   MPLSFWD_KEYED_ATTR(vlanAwareRouteKeyToDot1qTagVlanKey, vlanAwareRouteKeyToDot1qTagVlanKeys,
+                      Mpls::RouteKey, Kor::Unobserved{})
 
    // Null when no route ever named the collection.
    Kor::Ptr<VlanAwareDot1qTagVlanRouteKeySet> vlanAwareDot1qTagVlanToRouteKeySet(
@@ -266,6 +188,16 @@ class MplsDecapSm : public Kor::Entity {
    class LfibStatusReactor;
    class LfibTrackingStatusReactor;
    class Dot1qTagToVlanCollReactor;
+   // The IP-lookup, VLAN and EVPN VLAN flood vias: each one mapping of the label (the rows are in
+   // FalMplsDecapSm.cpp).
+   template <class Via>
+   struct SingleMapping;
+   template <class Via>
+   void processSingleMapping(const Mpls::RouteKey& routeKey, const Mpls::LfibViaKey& viaKey);
+   template <class Via>
+   void createSingleMapping(const Mpls::RouteKey& routeKey, const Via& via);
+   template <class Via>
+   void deleteSingleMapping(const Mpls::RouteKey& routeKey);
 
    void createVlanAwareMappings(const Mpls::RouteKey& routeKey,
                                 const Mpls::LfibDot1qTagToVlanKey& collKey, bool flood,
@@ -285,14 +217,15 @@ class MplsDecapSm : public Kor::Entity {
    Kor::Ptr<Loom::Task> reviewRouteKeyBacklog_;
    Kor::Ptr<Loom::TimerTask> reviewUnprogrammed_;
 
-   RouteViaTypeMap routeViaType_;
-   RouteViaMap<Mpls::LfibIpLookupVia> routeIpLookupVia_;
-   RouteViaMap<Mpls::LfibVlanVia> routeVlanVia_;
-   RouteViaMap<Mpls::LfibEvpnVlanFloodVia> routeEvpnVlanFloodVia_;
-   RouteViaMap<Mpls::LfibEvpnVlanAwareVia> routeEvpnVlanAwareVia_;
-   RouteViaMap<Mpls::LfibEvpnVlanAwareFloodVia> routeEvpnVlanAwareFloodVia_;
+   Kor::KeyedAttr<RouteViaTypeMap> routeViaType_;
+   Kor::KeyedAttr<RouteViaMap<Mpls::LfibIpLookupVia>> routeIpLookupVia_;
+   Kor::KeyedAttr<RouteViaMap<Mpls::LfibVlanVia>> routeVlanVia_;
+   Kor::KeyedAttr<RouteViaMap<Mpls::LfibEvpnVlanFloodVia>> routeEvpnVlanFloodVia_;
+   Kor::KeyedAttr<RouteViaMap<Mpls::LfibEvpnVlanAwareVia>> routeEvpnVlanAwareVia_;
+   Kor::KeyedAttr<RouteViaMap<Mpls::LfibEvpnVlanAwareFloodVia>> routeEvpnVlanAwareFloodVia_;
 
-   Kor::HashMap<Mpls::RouteKey, Mpls::LfibDot1qTagToVlanKey> vlanAwareRouteKeyToDot1qTagVlanKey_;
+   Kor::KeyedAttr<Kor::HashMap<Mpls::RouteKey, Mpls::LfibDot1qTagToVlanKey>>
+       vlanAwareRouteKeyToDot1qTagVlanKey_;
    Kor::HashMap<Mpls::LfibDot1qTagToVlanKey, Kor::Ptr<VlanAwareDot1qTagVlanRouteKeySet>>
        vlanAwareDot1qTagVlanToRouteKeySet_;
    Kor::HashMap<Mpls::RouteKey, Kor::Ptr<VlanAwareProgrammedRouteSet>>
