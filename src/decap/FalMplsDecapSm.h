@@ -75,55 +75,6 @@ class MplsDecapSm : public Kor::Entity {
    const Kor::Ptr<Loom::Task>& reviewRouteKeyBacklog() const { return reviewRouteKeyBacklog_; }
    const Kor::Ptr<Loom::TimerTask>& reviewUnprogrammed() const { return reviewUnprogrammed_; }
 
-   void handleInitialized();
-
-   // Backlog.
-   void handleRouteKeyBacklog();
-   void doReviewRouteKeyBacklog();
-   void processRouteKeyBacklog(const Mpls::RouteKey& routeKey);
-   void processRouteKey(const Mpls::RouteKey& routeKey);
-   void deleteRoute(const Mpls::RouteKey& routeKey);
-
-   // Per via type.
-   void processIpLookupVia(const Mpls::RouteKey& routeKey, const Mpls::LfibViaKey& viaKey);
-   void processVlanVia(const Mpls::RouteKey& routeKey, const Mpls::LfibViaKey& viaKey);
-   void processEvpnVlanFloodVia(const Mpls::RouteKey& routeKey, const Mpls::LfibViaKey& viaKey);
-   void processEvpnVlanAwareVia(const Mpls::RouteKey& routeKey, const Mpls::LfibViaKey& viaKey);
-   void processEvpnVlanAwareFloodVia(const Mpls::RouteKey& routeKey,
-                                     const Mpls::LfibViaKey& viaKey);
-   void createIpLookupVia(const Mpls::RouteKey& routeKey, const Mpls::LfibIpLookupVia& via);
-   void createVlanVia(const Mpls::RouteKey& routeKey, const Mpls::LfibVlanVia& via);
-   void createEvpnVlanFloodVia(const Mpls::RouteKey& routeKey,
-                               const Mpls::LfibEvpnVlanFloodVia& via);
-   void createEvpnVlanAwareVia(const Mpls::RouteKey& routeKey,
-                               const Mpls::LfibEvpnVlanAwareVia& via);
-   void createEvpnVlanAwareFloodVia(const Mpls::RouteKey& routeKey,
-                                    const Mpls::LfibEvpnVlanAwareFloodVia& via);
-   void deleteIpLookupVia(const Mpls::RouteKey& routeKey);
-   void deleteVlanVia(const Mpls::RouteKey& routeKey);
-   void deleteEvpnVlanFloodVia(const Mpls::RouteKey& routeKey);
-   void deleteEvpnVlanAwareVia(const Mpls::RouteKey& routeKey);
-   void deleteEvpnVlanAwareFloodVia(const Mpls::RouteKey& routeKey);
-
-   // Dot1q-tag-to-VLAN collections.
-   // The LFIB added or removed the collection `key`.
-   void handleLfibDot1qTagToVlanColl(const Mpls::LfibDot1qTagToVlanKey& key);
-   // The whole collection changed (or its reactor was just created): delete-all, then create-all.
-   void handleDot1qTagToVlanColl(const Mpls::LfibDot1qTagToVlanKey& key);
-   // One tag of the collection was added, changed or removed.
-   void handleDot1qTagToVlan(const Mpls::LfibDot1qTagToVlanKey& key, Bridging::VlanId dot1qTag);
-   void processDot1qTagToVlan(const Mpls::LfibDot1qTagToVlanKey& key, bool create);
-
-   // Unprogrammed routes.
-   void addRouteToUnprogrammed(const Mpls::RouteKey& routeKey,
-                               Mpls::LfibHwProgrammingReturnCode rc);
-   void deleteRouteFromUnprogrammed(const Mpls::RouteKey& routeKey);
-   void maybeScheduleUnprogrammedReview();
-   void doReviewUnprogrammed();
-
-   // Once the first backlog after start-up is drained: deletes every mapping of the helper that
-   // this machine does not program, and leaves the others as they are.
-   void reconcileHelper();
    bool helperReconciled() const { return helperReconciled_; }
    // Where one route stands and what holds it back, read from the state without changing it
    // (FalMplsDecapSmExplain.cpp).
@@ -185,6 +136,59 @@ class MplsDecapSm : public Kor::Entity {
    std::size_t dot1qTagToVlanColls() const { return dot1qTagToVlanColl_.size(); }
 
  private:
+   // The tests' one way to the work methods below.
+   friend struct MplsDecapSmTestAccess;
+
+   void handleInitialized();
+
+   // Backlog.
+   void handleRouteKeyBacklog();
+   void doReviewRouteKeyBacklog();
+   void processRouteKeyBacklog(const Mpls::RouteKey& routeKey);
+   void processRouteKey(const Mpls::RouteKey& routeKey);
+   void deleteRoute(const Mpls::RouteKey& routeKey);
+
+   // Per via type.
+   void processIpLookupVia(const Mpls::RouteKey& routeKey, const Mpls::LfibViaKey& viaKey);
+   void processVlanVia(const Mpls::RouteKey& routeKey, const Mpls::LfibViaKey& viaKey);
+   void processEvpnVlanFloodVia(const Mpls::RouteKey& routeKey, const Mpls::LfibViaKey& viaKey);
+   void processEvpnVlanAwareVia(const Mpls::RouteKey& routeKey, const Mpls::LfibViaKey& viaKey);
+   void processEvpnVlanAwareFloodVia(const Mpls::RouteKey& routeKey,
+                                     const Mpls::LfibViaKey& viaKey);
+   void createIpLookupVia(const Mpls::RouteKey& routeKey, const Mpls::LfibIpLookupVia& via);
+   void createVlanVia(const Mpls::RouteKey& routeKey, const Mpls::LfibVlanVia& via);
+   void createEvpnVlanFloodVia(const Mpls::RouteKey& routeKey,
+                               const Mpls::LfibEvpnVlanFloodVia& via);
+   void createEvpnVlanAwareVia(const Mpls::RouteKey& routeKey,
+                               const Mpls::LfibEvpnVlanAwareVia& via);
+   void createEvpnVlanAwareFloodVia(const Mpls::RouteKey& routeKey,
+                                    const Mpls::LfibEvpnVlanAwareFloodVia& via);
+   void deleteIpLookupVia(const Mpls::RouteKey& routeKey);
+   void deleteVlanVia(const Mpls::RouteKey& routeKey);
+   void deleteEvpnVlanFloodVia(const Mpls::RouteKey& routeKey);
+   void deleteEvpnVlanAwareVia(const Mpls::RouteKey& routeKey);
+   void deleteEvpnVlanAwareFloodVia(const Mpls::RouteKey& routeKey);
+
+   // Dot1q-tag-to-VLAN collections.
+   // The LFIB added or removed the collection `key`.
+   void handleLfibDot1qTagToVlanColl(const Mpls::LfibDot1qTagToVlanKey& key);
+   // The whole collection changed (or its reactor was just created): delete-all, then create-all.
+   void handleDot1qTagToVlanColl(const Mpls::LfibDot1qTagToVlanKey& key);
+   // One tag of the collection was added, changed or removed.
+   void handleDot1qTagToVlan(const Mpls::LfibDot1qTagToVlanKey& key, Bridging::VlanId dot1qTag);
+   void processDot1qTagToVlan(const Mpls::LfibDot1qTagToVlanKey& key, bool create);
+
+   // Unprogrammed routes.
+   void addRouteToUnprogrammed(const Mpls::RouteKey& routeKey,
+                               Mpls::LfibHwProgrammingReturnCode rc);
+   void deleteRouteFromUnprogrammed(const Mpls::RouteKey& routeKey);
+   void maybeScheduleUnprogrammedReview();
+   void doReviewUnprogrammed();
+
+   // Once the first backlog after start-up is drained: deletes every mapping of the helper that
+   // this machine does not program, and leaves the others as they are.
+   void reconcileHelper();
+
    class LfibStatusReactor;
    class LfibTrackingStatusReactor;
    class Dot1qTagToVlanCollReactor;
