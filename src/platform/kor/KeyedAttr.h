@@ -85,48 +85,38 @@ class KeyedAttr {
 // nameHas(k), nameIs(k, v), nameDel(k), nameDelAll(), nameMap() and the count `count()`. `changed`
 // is what the owner calls with the key on a real change (Kor::Unobserved{} for nothing).
 #define MPLSFWD_KEYED_ATTR(name, count, Key, changed) \
-   auto name(const Key& k) const {                    \
-      return name##_(k);                              \
-   }                                                  \
    bool name##Has(const Key& k) const {               \
       return name##_.has(k);                          \
    }                                                  \
    void name##Is(const Key& k, const auto& v) {       \
       name##_.is(k, v, changed);                      \
    }                                                  \
-   void name##Del(const Key& k) {                     \
-      name##_.del(k, changed);                        \
-   }                                                  \
-   void name##DelAll() {                              \
-      name##_.delAll(changed);                        \
-   }                                                  \
-   const auto& name##Map() const {                    \
-      return name##_.map();                           \
-   }                                                  \
-   std::size_t count() const {                        \
-      return name##_.size();                          \
-   }
+   MPLSFWD_KEYED_ATTR_READ_DEL(name, count, Key, changed)
 
 // The same for a keyed collection of owned entities: nameIs(k) gets or creates the entity
 // (constructed from its key) instead of storing a value.
 #define MPLSFWD_OWNED_ATTR(name, count, Key, changed)                                         \
-   auto name(const Key& k) const {                                                            \
-      return name##_(k);                                                                      \
-   }                                                                                          \
    auto name##Is(const Key& k) {                                                              \
       return name##_.instantiate(                                                             \
           k, [&] { return ::Kor::make<typename decltype(name##_)::Value::element_type>(k); }, \
           changed);                                                                           \
    }                                                                                          \
-   void name##Del(const Key& k) {                                                             \
-      name##_.del(k, changed);                                                                \
-   }                                                                                          \
-   void name##DelAll() {                                                                      \
-      name##_.delAll(changed);                                                                \
-   }                                                                                          \
-   const auto& name##Map() const {                                                            \
-      return name##_.map();                                                                   \
-   }                                                                                          \
-   std::size_t count() const {                                                                \
-      return name##_.size();                                                                  \
+   MPLSFWD_KEYED_ATTR_READ_DEL(name, count, Key, changed)
+
+// What both share: the read, the deletes, the map and the count.
+#define MPLSFWD_KEYED_ATTR_READ_DEL(name, count, Key, changed) \
+   auto name(const Key& k) const {                             \
+      return name##_(k);                                       \
+   }                                                           \
+   void name##Del(const Key& k) {                              \
+      name##_.del(k, changed);                                 \
+   }                                                           \
+   void name##DelAll() {                                       \
+      name##_.delAll(changed);                                 \
+   }                                                           \
+   const auto& name##Map() const {                             \
+      return name##_.map();                                    \
+   }                                                           \
+   std::size_t count() const {                                 \
+      return name##_.size();                                   \
    }
