@@ -95,35 +95,12 @@ class MplsDecapSm : public Kor::Entity {
    MPLSFWD_KEYED_ATTR(vlanAwareRouteKeyToDot1qTagVlanKey, vlanAwareRouteKeyToDot1qTagVlanKeys,
                       Mpls::RouteKey, Kor::Unobserved{})
 
-   // Null when no route ever named the collection.
-   Kor::Ptr<VlanAwareDot1qTagVlanRouteKeySet> vlanAwareDot1qTagVlanToRouteKeySet(
-       const Mpls::LfibDot1qTagToVlanKey& k) const {
-      return Kor::mapValueOr(vlanAwareDot1qTagVlanToRouteKeySet_, k);
-   }
-   // Get or create.
-   Kor::Ptr<VlanAwareDot1qTagVlanRouteKeySet> vlanAwareDot1qTagVlanToRouteKeySetIs(
-       const Mpls::LfibDot1qTagToVlanKey& k);
-   void vlanAwareDot1qTagVlanToRouteKeySetDel(const Mpls::LfibDot1qTagToVlanKey& k) {
-      vlanAwareDot1qTagVlanToRouteKeySet_.erase(k);
-   }
-   std::size_t vlanAwareDot1qTagVlanToRouteKeySets() const {
-      return vlanAwareDot1qTagVlanToRouteKeySet_.size();
-   }
-
-   // Null when the route has no programmed set.
-   Kor::Ptr<VlanAwareProgrammedRouteSet> vlanAwareRouteKeyToDot1qTagVlanProgrammed(
-       const Mpls::RouteKey& k) const {
-      return Kor::mapValueOr(vlanAwareRouteKeyToDot1qTagVlanProgrammed_, k);
-   }
-   // Get or create.
-   Kor::Ptr<VlanAwareProgrammedRouteSet> vlanAwareRouteKeyToDot1qTagVlanProgrammedIs(
-       const Mpls::RouteKey& k);
-   void vlanAwareRouteKeyToDot1qTagVlanProgrammedDel(const Mpls::RouteKey& k) {
-      vlanAwareRouteKeyToDot1qTagVlanProgrammed_.erase(k);
-   }
-   std::size_t vlanAwareRouteKeyToDot1qTagVlanProgrammeds() const {
-      return vlanAwareRouteKeyToDot1qTagVlanProgrammed_.size();
-   }
+   // Per collection, the VLAN-aware routes that name it (null when none ever did); per route,
+   // the tags programmed for it (null when none). xIs(k) gets or creates.
+   MPLSFWD_OWNED_ATTR(vlanAwareDot1qTagVlanToRouteKeySet, vlanAwareDot1qTagVlanToRouteKeySets,
+                      Mpls::LfibDot1qTagToVlanKey, Kor::Unobserved{})
+   MPLSFWD_OWNED_ATTR(vlanAwareRouteKeyToDot1qTagVlanProgrammed,
+                      vlanAwareRouteKeyToDot1qTagVlanProgrammeds, Mpls::RouteKey, Kor::Unobserved{})
 
    // One reactor per dot1q collection present in the LFIB.
    bool dot1qTagToVlanCollHas(const Mpls::LfibDot1qTagToVlanKey& k) const {
@@ -230,9 +207,10 @@ class MplsDecapSm : public Kor::Entity {
 
    Kor::KeyedAttr<Kor::HashMap<Mpls::RouteKey, Mpls::LfibDot1qTagToVlanKey>>
        vlanAwareRouteKeyToDot1qTagVlanKey_;
-   Kor::HashMap<Mpls::LfibDot1qTagToVlanKey, Kor::Ptr<VlanAwareDot1qTagVlanRouteKeySet>>
+   Kor::KeyedAttr<
+       Kor::HashMap<Mpls::LfibDot1qTagToVlanKey, Kor::Ptr<VlanAwareDot1qTagVlanRouteKeySet>>>
        vlanAwareDot1qTagVlanToRouteKeySet_;
-   Kor::HashMap<Mpls::RouteKey, Kor::Ptr<VlanAwareProgrammedRouteSet>>
+   Kor::KeyedAttr<Kor::HashMap<Mpls::RouteKey, Kor::Ptr<VlanAwareProgrammedRouteSet>>>
        vlanAwareRouteKeyToDot1qTagVlanProgrammed_;
    Kor::HashMap<Mpls::LfibDot1qTagToVlanKey, std::unique_ptr<Dot1qTagToVlanCollReactor>>
        dot1qTagToVlanColl_;

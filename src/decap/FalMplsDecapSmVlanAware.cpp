@@ -18,24 +18,6 @@ unsigned rcValue(Mpls::LfibHwProgrammingReturnCode rc) {
 
 }  // namespace
 
-Kor::Ptr<VlanAwareDot1qTagVlanRouteKeySet> MplsDecapSm::vlanAwareDot1qTagVlanToRouteKeySetIs(
-    const Mpls::LfibDot1qTagToVlanKey& k) {
-   auto& set = vlanAwareDot1qTagVlanToRouteKeySet_[k];
-   if (!set) {
-      set = Kor::make<VlanAwareDot1qTagVlanRouteKeySet>(k);
-   }
-   return set;
-}
-
-Kor::Ptr<VlanAwareProgrammedRouteSet> MplsDecapSm::vlanAwareRouteKeyToDot1qTagVlanProgrammedIs(
-    const Mpls::RouteKey& k) {
-   auto& set = vlanAwareRouteKeyToDot1qTagVlanProgrammed_[k];
-   if (!set) {
-      set = Kor::make<VlanAwareProgrammedRouteSet>(k);
-   }
-   return set;
-}
-
 bool MplsDecapSm::vlanAwareFlood(const Mpls::RouteKey& routeKey) const {
    return routeViaType(routeKey) == Mpls::viaTypeEvpnVlanAwareFlood_;
 }
