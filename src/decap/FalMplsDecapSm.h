@@ -179,6 +179,16 @@ class MplsDecapSm : public Kor::Entity {
    void createSingleMapping(const Mpls::RouteKey& routeKey, const Via& via);
    template <class Via>
    void deleteSingleMapping(const Mpls::RouteKey& routeKey);
+   // The VLAN-aware vias, plain or flooding: one mapping per dot1q tag of a collection (the rows
+   // are in FalMplsDecapSmVlanAware.cpp).
+   template <class Via>
+   struct VlanAwareKind;
+   template <class Via>
+   void processVlanAware(const Mpls::RouteKey& routeKey, const Mpls::LfibViaKey& viaKey);
+   template <class Via>
+   void createVlanAware(const Mpls::RouteKey& routeKey, const Via& via);
+   template <class Via>
+   void deleteVlanAware(const Mpls::RouteKey& routeKey);
 
    void createVlanAwareMappings(const Mpls::RouteKey& routeKey,
                                 const Mpls::LfibDot1qTagToVlanKey& collKey, bool flood,

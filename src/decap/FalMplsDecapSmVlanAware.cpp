@@ -22,64 +22,104 @@ bool MplsDecapSm::vlanAwareFlood(const Mpls::RouteKey& routeKey) const {
    return routeViaType(routeKey) == Mpls::viaTypeEvpnVlanAwareFlood_;
 }
 
-void MplsDecapSm::processEvpnVlanAwareVia(const Mpls::RouteKey& routeKey,
-                                          const Mpls::LfibViaKey& viaKey) {
-   SM_TRACE(8, "processEvpnVlanAwareVia"
-                   << " route " << routeKey << " via " << viaKey);
-   FAL_ASSERT(initialized());
-   FAL_ASSERT(viaKey.viaType() == Mpls::viaTypeEvpnVlanAware_);
-   const Mpls::LfibEvpnVlanAwareVia via = lfibStatus_->evpnVlanAwareVia(viaKey);
-   if (via == routeEvpnVlanAwareVia(routeKey)) {
-      SM_DECISION(5, "no via to program"
-                         << " route " << routeKey);
-      return;
+// One row per VLAN-aware kind: where the via is read and remembered, whether it floods, and the
+// names its traces and assertions carry.
+template <>
+struct MplsDecapSm::VlanAwareKind<Mpls::LfibEvpnVlanAwareVia> {
+   static constexpr Mpls::LfibViaType viaType = Mpls::viaTypeEvpnVlanAware_;
+   static constexpr const char* viaTypeText = "viaKey.viaType() == Mpls::viaTypeEvpnVlanAware_";
+   static constexpr const char* processName = "processEvpnVlanAwareVia";
+   static constexpr const char* createName = "createEvpnVlanAwareVia";
+   static constexpr const char* deleteName = "deleteEvpnVlanAwareVia";
+   static constexpr const char* sameViaText = "routeEvpnVlanAwareVia( routeKey ) == via";
+   static constexpr auto programmed = &MplsDecapSm::routeEvpnVlanAwareVia_;
+   static constexpr bool flood = false;
+   static Mpls::LfibEvpnVlanAwareVia read(const Mpls::LfibStatus& lfib,
+                                          const Mpls::LfibViaKey& key) {
+      return lfib.evpnVlanAwareVia(key);
    }
-   createEvpnVlanAwareVia(routeKey, via);
-}
+};
 
-void MplsDecapSm::processEvpnVlanAwareFloodVia(const Mpls::RouteKey& routeKey,
-                                               const Mpls::LfibViaKey& viaKey) {
-   SM_TRACE(8, "processEvpnVlanAwareFloodVia"
-                   << " route " << routeKey << " via " << viaKey);
+template <>
+struct MplsDecapSm::VlanAwareKind<Mpls::LfibEvpnVlanAwareFloodVia> {
+   static constexpr Mpls::LfibViaType viaType = Mpls::viaTypeEvpnVlanAwareFlood_;
+   static constexpr const char* viaTypeText =
+       "viaKey.viaType() == Mpls::viaTypeEvpnVlanAwareFlood_";
+   static constexpr const char* processName = "processEvpnVlanAwareFloodVia";
+   static constexpr const char* createName = "createEvpnVlanAwareFloodVia";
+   static constexpr const char* deleteName = "deleteEvpnVlanAwareFloodVia";
+   static constexpr const char* sameViaText = "*programmed == via";
+   static constexpr auto programmed = &MplsDecapSm::routeEvpnVlanAwareFloodVia_;
+   static constexpr bool flood = true;
+   static Mpls::LfibEvpnVlanAwareFloodVia read(const Mpls::LfibStatus& lfib,
+                                               const Mpls::LfibViaKey& key) {
+      return lfib.evpnVlanAwareFloodVia(key);
+   }
+};
+
+template <class Via>
+void MplsDecapSm::processVlanAware(const Mpls::RouteKey& routeKey, const Mpls::LfibViaKey& viaKey) {
+   using Kind = VlanAwareKind<Via>;
+   SM_TRACE(8, Kind::processName << " route " << routeKey << " via " << viaKey);
    FAL_ASSERT(initialized());
-   FAL_ASSERT(viaKey.viaType() == Mpls::viaTypeEvpnVlanAwareFlood_);
-   const Mpls::LfibEvpnVlanAwareFloodVia via = lfibStatus_->evpnVlanAwareFloodVia(viaKey);
-   if (via == routeEvpnVlanAwareFloodVia(routeKey)) {
+   FAL_ASSERT(viaKey.viaType() == Kind::viaType, Kind::viaTypeText);
+   const Via via = Kind::read(*lfibStatus_, viaKey);
+   if (via == (this->*Kind::programmed)(routeKey)) {
       SM_DECISION(5, "no via to program"
                          << " route " << routeKey);
       return;
    }
-   createEvpnVlanAwareFloodVia(routeKey, via);
+   createVlanAware(routeKey, via);
 }
 
 // The route is recorded before any helper call, whatever the helper answers, so that the next
 // processing of the key first deletes the tags that did get programmed.
-void MplsDecapSm::createEvpnVlanAwareVia(const Mpls::RouteKey& routeKey,
-                                         const Mpls::LfibEvpnVlanAwareVia& via) {
-   SM_TRACE(8, "createEvpnVlanAwareVia"
-                   << " route " << routeKey << " via " << via);
+template <class Via>
+void MplsDecapSm::createVlanAware(const Mpls::RouteKey& routeKey, const Via& via) {
+   using Kind = VlanAwareKind<Via>;
+   SM_TRACE(8, Kind::createName << " route " << routeKey << " via " << via);
    FAL_ASSERT(initialized());
-   routeViaTypeIs(routeKey, Mpls::viaTypeEvpnVlanAware_);
-   if (const auto* programmed = routeEvpnVlanAwareVia_.find(routeKey)) {
-      FAL_ASSERT(*programmed == via, "routeEvpnVlanAwareVia( routeKey ) == via");
+   routeViaTypeIs(routeKey, Kind::viaType);
+   if (const auto* programmed = (this->*Kind::programmed).find(routeKey)) {
+      FAL_ASSERT(*programmed == via, Kind::sameViaText);
    } else {
-      routeEvpnVlanAwareViaIs(routeKey, via);
+      (this->*Kind::programmed).is(routeKey, via);
    }
-   createVlanAwareMappings(routeKey, via.dot1qTagToVlanKey(), false, "createEvpnVlanAwareVia");
+   createVlanAwareMappings(routeKey, via.dot1qTagToVlanKey(), Kind::flood, Kind::createName);
 }
 
+template <class Via>
+void MplsDecapSm::deleteVlanAware(const Mpls::RouteKey& routeKey) {
+   using Kind = VlanAwareKind<Via>;
+   SM_TRACE(8, Kind::deleteName << " route " << routeKey);
+   FAL_ASSERT(initialized());
+   FAL_ASSERT(!((this->*Kind::programmed)(routeKey) == Via()), "!!via");
+   deleteVlanAwareMappings(routeKey, Kind::flood);
+   routeViaTypeDel(routeKey);
+   (this->*Kind::programmed).del(routeKey);
+}
+
+void MplsDecapSm::processEvpnVlanAwareVia(const Mpls::RouteKey& routeKey,
+                                          const Mpls::LfibViaKey& viaKey) {
+   processVlanAware<Mpls::LfibEvpnVlanAwareVia>(routeKey, viaKey);
+}
+void MplsDecapSm::processEvpnVlanAwareFloodVia(const Mpls::RouteKey& routeKey,
+                                               const Mpls::LfibViaKey& viaKey) {
+   processVlanAware<Mpls::LfibEvpnVlanAwareFloodVia>(routeKey, viaKey);
+}
+void MplsDecapSm::createEvpnVlanAwareVia(const Mpls::RouteKey& routeKey,
+                                         const Mpls::LfibEvpnVlanAwareVia& via) {
+   createVlanAware(routeKey, via);
+}
 void MplsDecapSm::createEvpnVlanAwareFloodVia(const Mpls::RouteKey& routeKey,
                                               const Mpls::LfibEvpnVlanAwareFloodVia& via) {
-   SM_TRACE(8, "createEvpnVlanAwareFloodVia"
-                   << " route " << routeKey << " via " << via);
-   FAL_ASSERT(initialized());
-   routeViaTypeIs(routeKey, Mpls::viaTypeEvpnVlanAwareFlood_);
-   if (const auto* programmed = routeEvpnVlanAwareFloodVia_.find(routeKey)) {
-      FAL_ASSERT(*programmed == via);
-   } else {
-      routeEvpnVlanAwareFloodViaIs(routeKey, via);
-   }
-   createVlanAwareMappings(routeKey, via.dot1qTagToVlanKey(), true, "createEvpnVlanAwareFloodVia");
+   createVlanAware(routeKey, via);
+}
+void MplsDecapSm::deleteEvpnVlanAwareVia(const Mpls::RouteKey& routeKey) {
+   deleteVlanAware<Mpls::LfibEvpnVlanAwareVia>(routeKey);
+}
+void MplsDecapSm::deleteEvpnVlanAwareFloodVia(const Mpls::RouteKey& routeKey) {
+   deleteVlanAware<Mpls::LfibEvpnVlanAwareFloodVia>(routeKey);
 }
 
 // Programs what is missing or changed for the route, tag by tag in the collection's order; the
@@ -127,27 +167,6 @@ void MplsDecapSm::createVlanAwareMappings(const Mpls::RouteKey& routeKey,
    } else if (rc <= Mpls::lfibHwProgrammingNotReady_) {
       addRouteToUnprogrammed(routeKey, rc);
    }
-}
-
-void MplsDecapSm::deleteEvpnVlanAwareVia(const Mpls::RouteKey& routeKey) {
-   SM_TRACE(8, "deleteEvpnVlanAwareVia"
-                   << " route " << routeKey);
-   FAL_ASSERT(initialized());
-   FAL_ASSERT(!(routeEvpnVlanAwareVia(routeKey) == Mpls::LfibEvpnVlanAwareVia()), "!!via");
-   deleteVlanAwareMappings(routeKey, false);
-   routeViaTypeDel(routeKey);
-   routeEvpnVlanAwareViaDel(routeKey);
-}
-
-void MplsDecapSm::deleteEvpnVlanAwareFloodVia(const Mpls::RouteKey& routeKey) {
-   SM_TRACE(8, "deleteEvpnVlanAwareFloodVia"
-                   << " route " << routeKey);
-   FAL_ASSERT(initialized());
-   FAL_ASSERT(!(routeEvpnVlanAwareFloodVia(routeKey) == Mpls::LfibEvpnVlanAwareFloodVia()),
-              "!!via");
-   deleteVlanAwareMappings(routeKey, true);
-   routeViaTypeDel(routeKey);
-   routeEvpnVlanAwareFloodViaDel(routeKey);
 }
 
 // Undoes every tag programmed for the route and forgets the route's VLAN-aware bookkeeping; the
