@@ -44,15 +44,22 @@ function(mplsfwd_add_test name)
     return()
   endif()
   add_executable(${name} ${sources})
-  target_link_libraries(${name} PRIVATE ${A_DEPS} mplsfwd_test_support GTest::gtest GTest::gtest_main GTest::gmock)
+  target_link_libraries(${name} PRIVATE ${A_DEPS} mplsfwd_test_base GTest::gtest_main)
   gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300)
 endfunction()
 
-# Headers that stay in the source tree: the trace and assertion macros with their short names and
-# the helpers of the libraries' own sources. No installed header includes them, and the install
-# test checks that no installed header defines a macro without the MPLSFWD_ prefix.
+# Headers that stay in the source tree: the trace and assertion macros with their short names, the
+# helpers of the libraries' own sources, and each machine's class and internals (the embedder's way
+# in is the machine's assembly: TransitMachine.h, DecapMachine.h, PseudowireMachine.h). No
+# installed header includes them; the install test checks that, and that no installed header
+# defines a macro without the MPLSFWD_ prefix.
 set(MPLSFWD_PRIVATE_HEADERS log/Assert.h log/FastLog.h log/Trace.h log/RateLimiter.h
-    transit/MplsSmTrace.h Fal/RequireTable.h)
+    Fal/RequireTable.h
+    transit/FalMplsSm.h transit/VrfMplsState.h transit/AdjacencyObjects.h transit/MplsRoute.h
+    transit/CachedLFibMplsViaColl.h transit/IpAddrIntfId.h transit/L3AdjLFibAdjType.h
+    transit/MplsSmTrace.h
+    decap/FalMplsDecapSm.h decap/VlanAwareRouteSets.h decap/MplsDecapSmTrace.h
+    pseudowire/FalLFibSm.h pseudowire/PwIntfIdToFecIdCollection.h pseudowire/LFibSmTrace.h)
 
 function(mplsfwd_install_package)
   include(GNUInstallDirs)

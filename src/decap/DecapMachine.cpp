@@ -29,4 +29,8 @@ DecapMachine::~DecapMachine() {
    trackingSm_ = nullptr;
 }
 
+DecapExplanation DecapMachine::explainRoute(const Mpls::RouteKey& routeKey) const {
+   return sm_->explainRoute(routeKey);
+}
+
 }  // namespace Fal

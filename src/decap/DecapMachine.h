@@ -8,6 +8,7 @@
 #include <mplsfwd/mpls/LfibStatus.h>
 #include <mplsfwd/mpls/LfibTrackingStatus.h>
 
+#include "DecapExplanation.h"
 #include "MplsDecapHelper.h"
 
 namespace Mpls {
@@ -48,7 +49,9 @@ class DecapMachine {
    DecapMachine(const DecapMachine&) = delete;
    DecapMachine& operator=(const DecapMachine&) = delete;
 
-   // The machine itself (include <mplsfwd/decap/FalMplsDecapSm.h> to look inside).
+   // Where one route stands and what holds it back, read without changing anything.
+   DecapExplanation explainRoute(const Mpls::RouteKey& routeKey) const;
+   // The machine itself (its class is the library's own, not installed).
    const Kor::Ptr<MplsDecapSm>& sm() const { return sm_; }
    const Kor::Ptr<Mpls::LfibTrackingStatus>& trackingStatus() const { return trackingStatus_; }
 

@@ -2,14 +2,19 @@
 // VLAN, EVPN VLAN flood).
 #include "FalMplsDecapSm.h"
 
+#include <sstream>
+#include <string>
+
+#include <mplsfwd/kor/SmReactor.h>
 #include <mplsfwd/log/Assert.h>
-#include <mplsfwd/log/Trace.h>
+
+#include "MplsDecapSmTrace.h"
 
 namespace Fal {
 
-namespace {
+Log::Trace mplsDecapSmTrace("MplsDecapSm");
 
-Log::Trace decapTrace("MplsDecapSm");
+namespace {
 
 unsigned rcValue(Mpls::LfibHwProgrammingReturnCode rc) {
    return static_cast<unsigned>(rc);
@@ -21,28 +26,25 @@ bool retriable(Mpls::LfibHwProgrammingReturnCode rc) {
 
 }  // namespace
 
+namespace {
+template <class Notifiee>
+using SmReactor = Kor::SmReactor<Notifiee, MplsDecapSm>;
+}  // namespace
+
 // Only the dot1q-tag-to-VLAN collections of the LFIB matter here: route changes arrive through
 // the backlog.
-class MplsDecapSm::LfibStatusReactor : public Mpls::LfibStatus::NotifieeConst {
+class MplsDecapSm::LfibStatusReactor : public SmReactor<Mpls::LfibStatus::NotifieeConst> {
  public:
-   LfibStatusReactor(Kor::Ptr<const Mpls::LfibStatus> lfibStatus, MplsDecapSm& sm)
-       : Mpls::LfibStatus::NotifieeConst(std::move(lfibStatus)), sm_(sm) {
-      ownerIs(&sm);
-   }
+   using SmReactor::SmReactor;
    void onDot1qTagToVlanColl(const Mpls::LfibDot1qTagToVlanKey& key) override {
       sm_.handleLfibDot1qTagToVlanColl(key);
    }
-
- private:
-   MplsDecapSm& sm_;
 };
 
-class MplsDecapSm::LfibTrackingStatusReactor : public Mpls::LfibTrackingStatus::NotifieeConst {
+class MplsDecapSm::LfibTrackingStatusReactor
+    : public SmReactor<Mpls::LfibTrackingStatus::NotifieeConst> {
  public:
-   LfibTrackingStatusReactor(Kor::Ptr<Mpls::LfibTrackingStatus> status, MplsDecapSm& sm)
-       : Mpls::LfibTrackingStatus::NotifieeConst(std::move(status)), sm_(sm) {
-      ownerIs(&sm);
-   }
+   using SmReactor::SmReactor;
    void onRouteKeyBacklog(const Mpls::RouteKey& routeKey) override {
       // A key leaving the backlog is work done (mostly by this machine), not work to do.
       if (!notifier()->routeKeyBacklog(routeKey)) {
@@ -50,24 +52,16 @@ class MplsDecapSm::LfibTrackingStatusReactor : public Mpls::LfibTrackingStatus::
       }
       sm_.handleRouteKeyBacklog();
    }
-
- private:
-   MplsDecapSm& sm_;
 };
 
-class MplsDecapSm::Dot1qTagToVlanCollReactor : public Mpls::LfibDot1qTagToVlan::NotifieeConst {
+class MplsDecapSm::Dot1qTagToVlanCollReactor
+    : public SmReactor<Mpls::LfibDot1qTagToVlan::NotifieeConst> {
  public:
-   Dot1qTagToVlanCollReactor(Kor::Ptr<const Mpls::LfibDot1qTagToVlan> coll, MplsDecapSm& sm)
-       : Mpls::LfibDot1qTagToVlan::NotifieeConst(std::move(coll)), sm_(sm) {
-      ownerIs(&sm);
-   }
+   using SmReactor::SmReactor;
    void onDot1qTagToVlanId(Bridging::VlanId dot1qTag) override {
       sm_.handleDot1qTagToVlan(notifier()->key(), dot1qTag);
    }
    void onDot1qTagToVlanColl() override { sm_.handleDot1qTagToVlanColl(notifier()->key()); }
-
- private:
-   MplsDecapSm& sm_;
 };
 
 MplsDecapSm::MplsDecapSm(Kor::Ptr<FalHelper::MplsDecapHelper> mplsDecapHelper,
@@ -81,9 +75,8 @@ MplsDecapSm::MplsDecapSm(Kor::Ptr<FalHelper::MplsDecapHelper> mplsDecapHelper,
       scheduler_(std::move(scheduler)),
       lfibTrackingStatus_(std::move(lfibTrackingStatus)),
       lfibHwStatus_(std::move(lfibHwStatus)) {
-   lfibStatusReactor_ = std::make_unique<LfibStatusReactor>(lfibStatus_, *this);
-   lfibTrackingStatusReactor_ =
-       std::make_unique<LfibTrackingStatusReactor>(lfibTrackingStatus_, *this);
+   Kor::attachReactor(lfibStatusReactor_, lfibStatus_, *this);
+   Kor::attachReactor(lfibTrackingStatusReactor_, lfibTrackingStatus_, *this);
    defaultUnprogrammedRetryInterval_ = defaultRetryInterval;
    handleInitialized();
    if (lfibStatus_) {
@@ -101,8 +94,10 @@ MplsDecapSm::MplsDecapSm(Kor::Ptr<FalHelper::MplsDecapHelper> mplsDecapHelper,
 // Reactors go first so that nothing reaches the machine while its collections are emptied; no
 // helper operation is called, the hardware keeps its mappings.
 MplsDecapSm::~MplsDecapSm() {
-   lfibStatusReactor_.reset();
-   lfibTrackingStatusReactor_.reset();
+   Kor::silence(lfibStatusReactor_, lfibTrackingStatusReactor_);
+   for (auto& [key, reactor] : dot1qTagToVlanColl_) {
+      Kor::silence(reactor);
+   }
    dot1qTagToVlanColl_.clear();
    reviewRouteKeyBacklog_ = nullptr;
    reviewUnprogrammed_ = nullptr;
@@ -118,12 +113,12 @@ MplsDecapSm::~MplsDecapSm() {
 }
 
 void MplsDecapSm::handleInitialized() {
-   TRACE8(decapTrace, "handleInitialized");
-   FAL_ASSERT(scheduler(), "scheduler()");
-   FAL_ASSERT(lfibStatus(), "lfibStatus()");
-   FAL_ASSERT(lfibTrackingStatus(), "lfibTrackingStatus()");
-   FAL_ASSERT(lfibHwStatus(), "lfibHwStatus()");
-   FAL_ASSERT(mplsDecapHelper(), "mplsDecapHelper()");
+   SM_TRACE(8, "handleInitialized");
+   FAL_ASSERT(scheduler());
+   FAL_ASSERT(lfibStatus());
+   FAL_ASSERT(lfibTrackingStatus());
+   FAL_ASSERT(lfibHwStatus());
+   FAL_ASSERT(mplsDecapHelper());
    reviewRouteKeyBacklog_ =
        Kor::make<Loom::Task>(scheduler_, "reviewRouteKeyBacklog", reviewTaskPriority,
                              [this] { doReviewRouteKeyBacklog(); });
@@ -153,7 +148,7 @@ void MplsDecapSm::dot1qTagToVlanCollIs(const Mpls::LfibDot1qTagToVlanKey& key) {
    if (reactor && reactor->notifier() == coll) {
       return;
    }
-   reactor = std::make_unique<Dot1qTagToVlanCollReactor>(coll, *this);
+   Kor::attachReactor(reactor, coll, *this);
    handleDot1qTagToVlanColl(key);
 }
 
@@ -165,25 +160,23 @@ void MplsDecapSm::dot1qTagToVlanCollDel(const Mpls::LfibDot1qTagToVlanKey& key) 
 // Backlog.
 
 void MplsDecapSm::handleRouteKeyBacklog() {
-   FAL_ASSERT(initialized(), "initialized()");
+   FAL_ASSERT(initialized());
    reviewRouteKeyBacklog_->schedule();
 }
 
 void MplsDecapSm::doReviewRouteKeyBacklog() {
-   FAL_ASSERT(initialized(), "initialized()");
+   FAL_ASSERT(initialized());
    FAL_ASSERT(reviewRouteKeyBacklog_, "task");
-   TRACE8(decapTrace,
-          "doReviewRouteKeyBacklog backlog " << lfibTrackingStatus_->routeKeyBacklogSet().size());
+   SM_TRACE(8,
+            "doReviewRouteKeyBacklog backlog " << lfibTrackingStatus_->routeKeyBacklogSet().size());
    const auto& backlog = lfibTrackingStatus_->routeKeyBacklogSet();
    // A table that grows by a burst (the whole LFIB at start-up) is sized once here rather than
    // rehashed under a later slice, where relinking every entry would overrun the time box.
-   if (backlog.size() > routeViaType_.bucket_count() * routeViaType_.max_load_factor()) {
-      routeViaType_.reserve(backlog.size());
-   }
+   routeViaType_.reserve(backlog.size());
    auto it = backlog.begin();
    while (it != backlog.end()) {
       if (reviewRouteKeyBacklog_->taskShouldYield()) {
-         TRACE8(decapTrace, "yielding with " << backlog.size() << " keys left");
+         SM_TRACE(8, "yielding with " << backlog.size() << " keys left");
          reviewRouteKeyBacklog_->schedule();
          break;
       }
@@ -224,8 +217,7 @@ void MplsDecapSm::reconcileHelper() {
       if (ours) {
          continue;
       }
-      TRACE5(decapTrace,
-             "helper mapping of label " << m.label << " is not programmed; deleting it");
+      SM_TRACE(5, "helper mapping of label " << m.label << " is not programmed; deleting it");
       switch (m.kind) {
          case Kind::vrf:
             mplsDecapHelper_->deleteLabelToVrfMapping(m.label, m.vrfName, m.payloadType);
@@ -241,7 +233,7 @@ void MplsDecapSm::reconcileHelper() {
 }
 
 void MplsDecapSm::processRouteKeyBacklog(const Mpls::RouteKey& routeKey) {
-   FAL_ASSERT(initialized(), "initialized()");
+   FAL_ASSERT(initialized());
    FAL_ASSERT(lfibTrackingStatus_->routeKeyBacklog(routeKey), "backlogIter.isMemberOf( routeKey )");
    processRouteKey(routeKey);
    // The key leaves the backlog whatever the helper said: a refusal is remembered in the
@@ -250,23 +242,21 @@ void MplsDecapSm::processRouteKeyBacklog(const Mpls::RouteKey& routeKey) {
 }
 
 void MplsDecapSm::processRouteKey(const Mpls::RouteKey& routeKey) {
-   TRACE8(decapTrace, "processRouteKey"
-                          << " route " << routeKey << " label " << routeKey.topLabel());
-   FAL_ASSERT(initialized(), "initialized()");
+   SM_TRACE(8, "processRouteKey"
+                   << " route " << routeKey << " label " << routeKey.topLabel());
+   FAL_ASSERT(initialized());
    deleteRoute(routeKey);
 
    const Mpls::LfibRoute* route = lfibStatus_->lfibRoutePtr(routeKey);
    if (!route) {
-      MPLSFWD_TRACE_FAST(decapTrace, 5,
-                         "route was deleted"
-                             << " route " << routeKey);
+      SM_DECISION(5, "route was deleted"
+                         << " route " << routeKey);
       return;
    }
    const Mpls::LfibViaSet* viaSet = lfibStatus_->viaSetPtr(route->viaSetKey());
    if (!viaSet || (viaSet->vias() == 0 && *viaSet == Mpls::LfibViaSet(route->viaSetKey()))) {
-      MPLSFWD_TRACE_FAST(decapTrace, 5,
-                         "via set was deleted"
-                             << " route " << routeKey << " viaSet " << route->viaSetKey());
+      SM_DECISION(5, "via set was deleted"
+                         << " route " << routeKey << " viaSet " << route->viaSetKey());
       return;
    }
    // Only the first via is programmed; a set without vias has none.
@@ -289,28 +279,27 @@ void MplsDecapSm::processRouteKey(const Mpls::RouteKey& routeKey) {
          processEvpnVlanAwareFloodVia(routeKey, viaKey);
          break;
       case Mpls::viaTypeEvpnEthernetSegment_:
-         MPLSFWD_TRACE_FAST(decapTrace, 5, "Skipping viaType EvpnEthernetSegment");
+         SM_DECISION(5, "Skipping viaType EvpnEthernetSegment");
          break;
       default:
-         MPLSFWD_TRACE_FAST(decapTrace, 5, "Skipping unsupported via type " << viaKey.viaType());
+         SM_DECISION(5, "Skipping unsupported via type " << viaKey.viaType());
          break;
    }
 }
 
 void MplsDecapSm::deleteRoute(const Mpls::RouteKey& routeKey) {
-   TRACE8(decapTrace, "deleteRoute"
-                          << " route " << routeKey);
-   FAL_ASSERT(initialized(), "initialized()");
-   auto it = routeViaType_.find(routeKey);
-   if (it == routeViaType_.end()) {
-      MPLSFWD_TRACE_FAST(decapTrace, 8,
-                         "route was not programmed"
-                             << " route " << routeKey);
+   SM_TRACE(8, "deleteRoute"
+                   << " route " << routeKey);
+   FAL_ASSERT(initialized());
+   const Mpls::LfibViaType* viaType = routeViaType_.find(routeKey);
+   if (!viaType) {
+      SM_DECISION(8, "route was not programmed"
+                         << " route " << routeKey);
       // A route that was only waiting for a retry stops waiting.
       deleteRouteFromUnprogrammed(routeKey);
       return;
    }
-   switch (it->second) {
+   switch (*viaType) {
       case Mpls::viaTypeIpLookup_:
          deleteIpLookupVia(routeKey);
          break;
@@ -327,10 +316,10 @@ void MplsDecapSm::deleteRoute(const Mpls::RouteKey& routeKey) {
          deleteEvpnVlanAwareFloodVia(routeKey);
          break;
       case Mpls::viaTypeEvpnEthernetSegment_:
-         MPLSFWD_TRACE_FAST(decapTrace, 5, "Skipping viaType EvpnEthernetSegment");
+         SM_DECISION(5, "Skipping viaType EvpnEthernetSegment");
          break;
       default:
-         MPLSFWD_TRACE_FAST(decapTrace, 0, "Internal error: Invalid via type");
+         SM_DECISION(0, "Internal error: Invalid via type");
          FAL_ASSERT(false, "!\"Internal Error: Invalid via type\"");
    }
 }
@@ -341,149 +330,175 @@ void MplsDecapSm::deleteRoute(const Mpls::RouteKey& routeKey) {
 // and record success as programmed, a refusal with reason 1 to 3 as unprogrammed, anything
 // above as neither. Delete: undo with the values that were programmed and drop the bookkeeping.
 
+// One row per kind: where the via is read and remembered, which helper operation programs and
+// undoes it, and the names its traces carry.
+template <>
+struct MplsDecapSm::SingleMapping<Mpls::LfibIpLookupVia> {
+   static constexpr Mpls::LfibViaType viaType = Mpls::viaTypeIpLookup_;
+   static constexpr const char* viaTypeText = "viaKey.viaType() == Mpls::viaTypeIpLookup()";
+   static constexpr const char* processName = "processIpLookupVia";
+   static constexpr const char* createName = "createIpLookupVia";
+   static constexpr const char* deleteName = "deleteIpLookupVia";
+   static constexpr auto programmed = &MplsDecapSm::routeIpLookupVia_;
+   static Mpls::LfibIpLookupVia read(const Mpls::LfibStatus& lfib, const Mpls::LfibViaKey& key) {
+      return lfib.ipLookupVia(key);
+   }
+   static Mpls::LfibHwProgrammingReturnCode create(FalHelper::MplsDecapHelper& helper,
+                                                   Wire::MplsLabel label,
+                                                   const Mpls::LfibIpLookupVia& via) {
+      return helper.createLabelToVrfMapping(label, via.vrfName(), via.payloadType());
+   }
+   static void remove(FalHelper::MplsDecapHelper& helper, Wire::MplsLabel label,
+                      const Mpls::LfibIpLookupVia& via) {
+      helper.deleteLabelToVrfMapping(label, via.vrfName(), via.payloadType());
+   }
+   static std::string text(const Mpls::LfibIpLookupVia& via) {
+      std::ostringstream os;
+      os << via.vrfName() << "/" << via.payloadType();
+      return os.str();
+   }
+};
+
+template <>
+struct MplsDecapSm::SingleMapping<Mpls::LfibVlanVia> {
+   static constexpr Mpls::LfibViaType viaType = Mpls::viaTypeVlan_;
+   static constexpr const char* viaTypeText = "viaKey.viaType() == Mpls::viaTypeVlan()";
+   static constexpr const char* processName = "processVlanVia";
+   static constexpr const char* createName = "createVlanVia";
+   static constexpr const char* deleteName = "deleteVlanVia";
+   static constexpr auto programmed = &MplsDecapSm::routeVlanVia_;
+   static constexpr bool flood = false;
+   static Mpls::LfibVlanVia read(const Mpls::LfibStatus& lfib, const Mpls::LfibViaKey& key) {
+      return lfib.vlanVia(key);
+   }
+};
+
+template <>
+struct MplsDecapSm::SingleMapping<Mpls::LfibEvpnVlanFloodVia> {
+   static constexpr Mpls::LfibViaType viaType = Mpls::viaTypeEvpnVlanFlood_;
+   static constexpr const char* viaTypeText = "viaKey.viaType() == Mpls::viaTypeEvpnVlanFlood()";
+   static constexpr const char* processName = "processEvpnVlanFloodVia";
+   static constexpr const char* createName = "createEvpnVlanFloodVia";
+   static constexpr const char* deleteName = "deleteEvpnVlanFloodVia";
+   static constexpr auto programmed = &MplsDecapSm::routeEvpnVlanFloodVia_;
+   static constexpr bool flood = true;
+   static Mpls::LfibEvpnVlanFloodVia read(const Mpls::LfibStatus& lfib,
+                                          const Mpls::LfibViaKey& key) {
+      return lfib.evpnVlanFloodVia(key);
+   }
+};
+
+namespace {
+
+// The VLAN kinds differ only in the flood flag that they hand the helper.
+template <class Kind, class Via>
+Mpls::LfibHwProgrammingReturnCode createMapping(FalHelper::MplsDecapHelper& helper,
+                                                Wire::MplsLabel label, const Via& via) {
+   if constexpr (requires { Kind::create(helper, label, via); }) {
+      return Kind::create(helper, label, via);
+   } else {
+      return helper.createLabelToVlanMapping(label, via.vlanId(), Kind::flood);
+   }
+}
+
+template <class Kind, class Via>
+void removeMapping(FalHelper::MplsDecapHelper& helper, Wire::MplsLabel label, const Via& via) {
+   if constexpr (requires { Kind::remove(helper, label, via); }) {
+      Kind::remove(helper, label, via);
+   } else {
+      helper.deleteLabelToVlanMapping(label, via.vlanId(), Kind::flood);
+   }
+}
+
+template <class Kind, class Via>
+auto mappingText(const Via& via) {
+   if constexpr (requires { Kind::text(via); }) {
+      return Kind::text(via);
+   } else {
+      return via.vlanId();
+   }
+}
+
+}  // namespace
+
+template <class Via>
+void MplsDecapSm::processSingleMapping(const Mpls::RouteKey& routeKey,
+                                       const Mpls::LfibViaKey& viaKey) {
+   using Kind = SingleMapping<Via>;
+   SM_TRACE(8, Kind::processName << " route " << routeKey << " via " << viaKey);
+   FAL_ASSERT(initialized());
+   FAL_ASSERT(viaKey.viaType() == Kind::viaType, Kind::viaTypeText);
+   const Via via = Kind::read(*lfibStatus_, viaKey);
+   if (via == (this->*Kind::programmed)(routeKey)) {
+      SM_DECISION(5, "no via to program"
+                         << " route " << routeKey);
+      return;
+   }
+   createSingleMapping(routeKey, via);
+}
+
+template <class Via>
+void MplsDecapSm::createSingleMapping(const Mpls::RouteKey& routeKey, const Via& via) {
+   using Kind = SingleMapping<Via>;
+   SM_TRACE(8, Kind::createName << " route " << routeKey << " via " << via);
+   FAL_ASSERT(initialized());
+   FAL_ASSERT(!routeViaTypeHas(routeKey), "!routeViaTypeHas( routeKey )");
+   const Wire::MplsLabel label = routeKey.topLabel();
+   const Mpls::LfibHwProgrammingReturnCode rc = createMapping<Kind>(*mplsDecapHelper_, label, via);
+   SM_TRACE(5, "create " << label << "/" << mappingText<Kind>(via) << " rc: " << rcValue(rc));
+   if (rc == Mpls::lfibHwProgrammingSuccess_) {
+      routeViaTypeIs(routeKey, Kind::viaType);
+      (this->*Kind::programmed).is(routeKey, via);
+      deleteRouteFromUnprogrammed(routeKey);
+   } else if (retriable(rc)) {
+      addRouteToUnprogrammed(routeKey, rc);
+   }
+}
+
+template <class Via>
+void MplsDecapSm::deleteSingleMapping(const Mpls::RouteKey& routeKey) {
+   using Kind = SingleMapping<Via>;
+   SM_TRACE(8, Kind::deleteName << " route " << routeKey);
+   FAL_ASSERT(initialized());
+   const Via via = (this->*Kind::programmed)(routeKey);
+   FAL_ASSERT(!(via == Via()), "!!via");
+   const Wire::MplsLabel label = routeKey.topLabel();
+   SM_TRACE(5, "deleting " << label << "/" << mappingText<Kind>(via));
+   removeMapping<Kind>(*mplsDecapHelper_, label, via);
+   routeViaTypeDel(routeKey);
+   (this->*Kind::programmed).del(routeKey);
+}
+
 void MplsDecapSm::processIpLookupVia(const Mpls::RouteKey& routeKey,
                                      const Mpls::LfibViaKey& viaKey) {
-   TRACE8(decapTrace, "processIpLookupVia"
-                          << " route " << routeKey << " via " << viaKey);
-   FAL_ASSERT(initialized(), "initialized()");
-   FAL_ASSERT(viaKey.viaType() == Mpls::viaTypeIpLookup_,
-              "viaKey.viaType() == Mpls::viaTypeIpLookup()");
-   const Mpls::LfibIpLookupVia via = lfibStatus_->ipLookupVia(viaKey);
-   if (via == routeIpLookupVia(routeKey)) {
-      MPLSFWD_TRACE_FAST(decapTrace, 5,
-                         "no via to program"
-                             << " route " << routeKey);
-      return;
-   }
-   createIpLookupVia(routeKey, via);
+   processSingleMapping<Mpls::LfibIpLookupVia>(routeKey, viaKey);
 }
-
 void MplsDecapSm::processVlanVia(const Mpls::RouteKey& routeKey, const Mpls::LfibViaKey& viaKey) {
-   TRACE8(decapTrace, "processVlanVia"
-                          << " route " << routeKey << " via " << viaKey);
-   FAL_ASSERT(initialized(), "initialized()");
-   FAL_ASSERT(viaKey.viaType() == Mpls::viaTypeVlan_, "viaKey.viaType() == Mpls::viaTypeVlan()");
-   const Mpls::LfibVlanVia via = lfibStatus_->vlanVia(viaKey);
-   if (via == routeVlanVia(routeKey)) {
-      MPLSFWD_TRACE_FAST(decapTrace, 5,
-                         "no via to program"
-                             << " route " << routeKey);
-      return;
-   }
-   createVlanVia(routeKey, via);
+   processSingleMapping<Mpls::LfibVlanVia>(routeKey, viaKey);
 }
-
 void MplsDecapSm::processEvpnVlanFloodVia(const Mpls::RouteKey& routeKey,
                                           const Mpls::LfibViaKey& viaKey) {
-   TRACE8(decapTrace, "processEvpnVlanFloodVia"
-                          << " route " << routeKey << " via " << viaKey);
-   FAL_ASSERT(initialized(), "initialized()");
-   FAL_ASSERT(viaKey.viaType() == Mpls::viaTypeEvpnVlanFlood_,
-              "viaKey.viaType() == Mpls::viaTypeEvpnVlanFlood()");
-   const Mpls::LfibEvpnVlanFloodVia via = lfibStatus_->evpnVlanFloodVia(viaKey);
-   if (via == routeEvpnVlanFloodVia(routeKey)) {
-      MPLSFWD_TRACE_FAST(decapTrace, 5,
-                         "no via to program"
-                             << " route " << routeKey);
-      return;
-   }
-   createEvpnVlanFloodVia(routeKey, via);
+   processSingleMapping<Mpls::LfibEvpnVlanFloodVia>(routeKey, viaKey);
 }
-
 void MplsDecapSm::createIpLookupVia(const Mpls::RouteKey& routeKey,
                                     const Mpls::LfibIpLookupVia& via) {
-   TRACE8(decapTrace, "createIpLookupVia"
-                          << " route " << routeKey << " via " << via);
-   FAL_ASSERT(initialized(), "initialized()");
-   FAL_ASSERT(!routeViaTypeHas(routeKey), "!routeViaTypeHas( routeKey )");
-   const Wire::MplsLabel label = routeKey.topLabel();
-   const Mpls::LfibHwProgrammingReturnCode rc =
-       mplsDecapHelper_->createLabelToVrfMapping(label, via.vrfName(), via.payloadType());
-   TRACE5(decapTrace, "create " << label << "/" << via.vrfName() << "/" << via.payloadType()
-                                << " rc: " << rcValue(rc));
-   if (rc == Mpls::lfibHwProgrammingSuccess_) {
-      routeViaTypeIs(routeKey, Mpls::viaTypeIpLookup_);
-      routeIpLookupViaIs(routeKey, via);
-      deleteRouteFromUnprogrammed(routeKey);
-   } else if (retriable(rc)) {
-      addRouteToUnprogrammed(routeKey, rc);
-   }
+   createSingleMapping(routeKey, via);
 }
-
 void MplsDecapSm::createVlanVia(const Mpls::RouteKey& routeKey, const Mpls::LfibVlanVia& via) {
-   TRACE8(decapTrace, "createVlanVia"
-                          << " route " << routeKey << " via " << via);
-   FAL_ASSERT(initialized(), "initialized()");
-   FAL_ASSERT(!routeViaTypeHas(routeKey), "!routeViaTypeHas( routeKey )");
-   const Wire::MplsLabel label = routeKey.topLabel();
-   const Mpls::LfibHwProgrammingReturnCode rc =
-       mplsDecapHelper_->createLabelToVlanMapping(label, via.vlanId(), false);
-   TRACE5(decapTrace, "create " << label << "/" << via.vlanId() << " rc: " << rcValue(rc));
-   if (rc == Mpls::lfibHwProgrammingSuccess_) {
-      routeViaTypeIs(routeKey, Mpls::viaTypeVlan_);
-      routeVlanViaIs(routeKey, via);
-      deleteRouteFromUnprogrammed(routeKey);
-   } else if (retriable(rc)) {
-      addRouteToUnprogrammed(routeKey, rc);
-   }
+   createSingleMapping(routeKey, via);
 }
-
 void MplsDecapSm::createEvpnVlanFloodVia(const Mpls::RouteKey& routeKey,
                                          const Mpls::LfibEvpnVlanFloodVia& via) {
-   TRACE8(decapTrace, "createEvpnVlanFloodVia"
-                          << " route " << routeKey << " via " << via);
-   FAL_ASSERT(initialized(), "initialized()");
-   FAL_ASSERT(!routeViaTypeHas(routeKey), "!routeViaTypeHas( routeKey )");
-   const Wire::MplsLabel label = routeKey.topLabel();
-   const Mpls::LfibHwProgrammingReturnCode rc =
-       mplsDecapHelper_->createLabelToVlanMapping(label, via.vlanId(), true);
-   TRACE5(decapTrace, "create " << label << "/" << via.vlanId() << " rc: " << rcValue(rc));
-   if (rc == Mpls::lfibHwProgrammingSuccess_) {
-      routeViaTypeIs(routeKey, Mpls::viaTypeEvpnVlanFlood_);
-      routeEvpnVlanFloodViaIs(routeKey, via);
-      deleteRouteFromUnprogrammed(routeKey);
-   } else if (retriable(rc)) {
-      addRouteToUnprogrammed(routeKey, rc);
-   }
+   createSingleMapping(routeKey, via);
 }
-
 void MplsDecapSm::deleteIpLookupVia(const Mpls::RouteKey& routeKey) {
-   TRACE8(decapTrace, "deleteIpLookupVia"
-                          << " route " << routeKey);
-   FAL_ASSERT(initialized(), "initialized()");
-   const Mpls::LfibIpLookupVia via = routeIpLookupVia(routeKey);
-   FAL_ASSERT(!(via == Mpls::LfibIpLookupVia()), "!!via");
-   const Wire::MplsLabel label = routeKey.topLabel();
-   TRACE5(decapTrace, "deleting " << label << "/" << via.vrfName() << "/" << via.payloadType());
-   mplsDecapHelper_->deleteLabelToVrfMapping(label, via.vrfName(), via.payloadType());
-   routeViaTypeDel(routeKey);
-   routeIpLookupViaDel(routeKey);
+   deleteSingleMapping<Mpls::LfibIpLookupVia>(routeKey);
 }
-
 void MplsDecapSm::deleteVlanVia(const Mpls::RouteKey& routeKey) {
-   TRACE8(decapTrace, "deleteVlanVia"
-                          << " route " << routeKey);
-   FAL_ASSERT(initialized(), "initialized()");
-   const Mpls::LfibVlanVia via = routeVlanVia(routeKey);
-   FAL_ASSERT(!(via == Mpls::LfibVlanVia()), "!!via");
-   const Wire::MplsLabel label = routeKey.topLabel();
-   TRACE5(decapTrace, "deleting " << label << "/" << via.vlanId());
-   mplsDecapHelper_->deleteLabelToVlanMapping(label, via.vlanId(), false);
-   routeViaTypeDel(routeKey);
-   routeVlanViaDel(routeKey);
+   deleteSingleMapping<Mpls::LfibVlanVia>(routeKey);
 }
-
 void MplsDecapSm::deleteEvpnVlanFloodVia(const Mpls::RouteKey& routeKey) {
-   TRACE8(decapTrace, "deleteEvpnVlanFloodVia"
-                          << " route " << routeKey);
-   FAL_ASSERT(initialized(), "initialized()");
-   const Mpls::LfibEvpnVlanFloodVia via = routeEvpnVlanFloodVia(routeKey);
-   FAL_ASSERT(!(via == Mpls::LfibEvpnVlanFloodVia()), "!!via");
-   const Wire::MplsLabel label = routeKey.topLabel();
-   TRACE5(decapTrace, "deleting " << label << "/" << via.vlanId());
-   mplsDecapHelper_->deleteLabelToVlanMapping(label, via.vlanId(), true);
-   routeViaTypeDel(routeKey);
-   routeEvpnVlanFloodViaDel(routeKey);
+   deleteSingleMapping<Mpls::LfibEvpnVlanFloodVia>(routeKey);
 }
 
 }  // namespace Fal

@@ -6,6 +6,7 @@
 #include <mplsfwd/kor/AttrOps.h>
 #include <mplsfwd/kor/Collections.h>
 #include <mplsfwd/kor/Entity.h>
+#include <mplsfwd/kor/KeyedAttr.h>
 #include <mplsfwd/kor/Ptr.h>
 #include <mplsfwd/loom/Task.h>
 #include <mplsfwd/loom/TaskScheduler.h>
@@ -74,6 +75,47 @@ class MplsDecapSm : public Kor::Entity {
    const Kor::Ptr<Loom::Task>& reviewRouteKeyBacklog() const { return reviewRouteKeyBacklog_; }
    const Kor::Ptr<Loom::TimerTask>& reviewUnprogrammed() const { return reviewUnprogrammed_; }
 
+   bool helperReconciled() const { return helperReconciled_; }
+   // Where one route stands and what holds it back, read from the state without changing it
+   // (FalMplsDecapSmExplain.cpp).
+   DecapExplanation explainRoute(const Mpls::RouteKey& routeKey) const;
+
+   // What is programmed, per route.
+   MPLSFWD_KEYED_ATTR(routeViaType, routeViaTypes, Mpls::RouteKey, Kor::Unobserved{})
+   MPLSFWD_KEYED_ATTR(routeIpLookupVia, routeIpLookupVias, Mpls::RouteKey, Kor::Unobserved{})
+   MPLSFWD_KEYED_ATTR(routeVlanVia, routeVlanVias, Mpls::RouteKey, Kor::Unobserved{})
+   MPLSFWD_KEYED_ATTR(routeEvpnVlanFloodVia, routeEvpnVlanFloodVias, Mpls::RouteKey,
+                      Kor::Unobserved{})
+   MPLSFWD_KEYED_ATTR(routeEvpnVlanAwareVia, routeEvpnVlanAwareVias, Mpls::RouteKey,
+                      Kor::Unobserved{})
+   MPLSFWD_KEYED_ATTR(routeEvpnVlanAwareFloodVia, routeEvpnVlanAwareFloodVias, Mpls::RouteKey,
+                      Kor::Unobserved{})
+
+   // VLAN-aware bookkeeping.
+   MPLSFWD_KEYED_ATTR(vlanAwareRouteKeyToDot1qTagVlanKey, vlanAwareRouteKeyToDot1qTagVlanKeys,
+                      Mpls::RouteKey, Kor::Unobserved{})
+
+   // Per collection, the VLAN-aware routes that name it (null when none ever did); per route,
+   // the tags programmed for it (null when none). xIs(k) gets or creates.
+   MPLSFWD_OWNED_ATTR(vlanAwareDot1qTagVlanToRouteKeySet, vlanAwareDot1qTagVlanToRouteKeySets,
+                      Mpls::LfibDot1qTagToVlanKey, Kor::Unobserved{})
+   MPLSFWD_OWNED_ATTR(vlanAwareRouteKeyToDot1qTagVlanProgrammed,
+                      vlanAwareRouteKeyToDot1qTagVlanProgrammeds, Mpls::RouteKey, Kor::Unobserved{})
+
+   // One reactor per dot1q collection present in the LFIB.
+   bool dot1qTagToVlanCollHas(const Mpls::LfibDot1qTagToVlanKey& k) const {
+      return dot1qTagToVlanColl_.contains(k);
+   }
+   // Get or create; a reactor created here first handles the entire collection.
+   void dot1qTagToVlanCollIs(const Mpls::LfibDot1qTagToVlanKey& k);
+   // Drops the reactor; calls no helper operation.
+   void dot1qTagToVlanCollDel(const Mpls::LfibDot1qTagToVlanKey& k);
+   std::size_t dot1qTagToVlanColls() const { return dot1qTagToVlanColl_.size(); }
+
+ private:
+   // The tests' one way to the work methods below.
+   friend struct MplsDecapSmTestAccess;
+
    void handleInitialized();
 
    // Backlog.
@@ -123,149 +165,20 @@ class MplsDecapSm : public Kor::Entity {
    // Once the first backlog after start-up is drained: deletes every mapping of the helper that
    // this machine does not program, and leaves the others as they are.
    void reconcileHelper();
-   bool helperReconciled() const { return helperReconciled_; }
-   // Where one route stands and what holds it back, read from the state without changing it
-   // (FalMplsDecapSmExplain.cpp).
-   DecapExplanation explainRoute(const Mpls::RouteKey& routeKey) const;
 
-   // What is programmed, per route.
-   Mpls::LfibViaType routeViaType(const Mpls::RouteKey& k) const {
-      return Kor::mapValueOr(routeViaType_, k, Mpls::viaTypeInvalid_);
-   }
-   bool routeViaTypeHas(const Mpls::RouteKey& k) const { return routeViaType_.contains(k); }
-   void routeViaTypeIs(const Mpls::RouteKey& k, Mpls::LfibViaType t) { routeViaType_[k] = t; }
-   void routeViaTypeDel(const Mpls::RouteKey& k) { routeViaType_.erase(k); }
-   const RouteViaTypeMap& routeViaTypeMap() const { return routeViaType_; }
-
-   Mpls::LfibIpLookupVia routeIpLookupVia(const Mpls::RouteKey& k) const {
-      return Kor::mapValueOr(routeIpLookupVia_, k);
-   }
-   bool routeIpLookupViaHas(const Mpls::RouteKey& k) const { return routeIpLookupVia_.contains(k); }
-   void routeIpLookupViaIs(const Mpls::RouteKey& k, const Mpls::LfibIpLookupVia& v) {
-      routeIpLookupVia_[k] = v;
-   }
-   void routeIpLookupViaDel(const Mpls::RouteKey& k) { routeIpLookupVia_.erase(k); }
-   const RouteViaMap<Mpls::LfibIpLookupVia>& routeIpLookupViaMap() const {
-      return routeIpLookupVia_;
-   }
-
-   Mpls::LfibVlanVia routeVlanVia(const Mpls::RouteKey& k) const {
-      return Kor::mapValueOr(routeVlanVia_, k);
-   }
-   bool routeVlanViaHas(const Mpls::RouteKey& k) const { return routeVlanVia_.contains(k); }
-   void routeVlanViaIs(const Mpls::RouteKey& k, const Mpls::LfibVlanVia& v) {
-      routeVlanVia_[k] = v;
-   }
-   void routeVlanViaDel(const Mpls::RouteKey& k) { routeVlanVia_.erase(k); }
-   const RouteViaMap<Mpls::LfibVlanVia>& routeVlanViaMap() const { return routeVlanVia_; }
-
-   Mpls::LfibEvpnVlanFloodVia routeEvpnVlanFloodVia(const Mpls::RouteKey& k) const {
-      return Kor::mapValueOr(routeEvpnVlanFloodVia_, k);
-   }
-   bool routeEvpnVlanFloodViaHas(const Mpls::RouteKey& k) const {
-      return routeEvpnVlanFloodVia_.contains(k);
-   }
-   void routeEvpnVlanFloodViaIs(const Mpls::RouteKey& k, const Mpls::LfibEvpnVlanFloodVia& v) {
-      routeEvpnVlanFloodVia_[k] = v;
-   }
-   void routeEvpnVlanFloodViaDel(const Mpls::RouteKey& k) { routeEvpnVlanFloodVia_.erase(k); }
-   const RouteViaMap<Mpls::LfibEvpnVlanFloodVia>& routeEvpnVlanFloodViaMap() const {
-      return routeEvpnVlanFloodVia_;
-   }
-
-   Mpls::LfibEvpnVlanAwareVia routeEvpnVlanAwareVia(const Mpls::RouteKey& k) const {
-      return Kor::mapValueOr(routeEvpnVlanAwareVia_, k);
-   }
-   bool routeEvpnVlanAwareViaHas(const Mpls::RouteKey& k) const {
-      return routeEvpnVlanAwareVia_.contains(k);
-   }
-   void routeEvpnVlanAwareViaIs(const Mpls::RouteKey& k, const Mpls::LfibEvpnVlanAwareVia& v) {
-      routeEvpnVlanAwareVia_[k] = v;
-   }
-   void routeEvpnVlanAwareViaDel(const Mpls::RouteKey& k) { routeEvpnVlanAwareVia_.erase(k); }
-   const RouteViaMap<Mpls::LfibEvpnVlanAwareVia>& routeEvpnVlanAwareViaMap() const {
-      return routeEvpnVlanAwareVia_;
-   }
-
-   Mpls::LfibEvpnVlanAwareFloodVia routeEvpnVlanAwareFloodVia(const Mpls::RouteKey& k) const {
-      return Kor::mapValueOr(routeEvpnVlanAwareFloodVia_, k);
-   }
-   bool routeEvpnVlanAwareFloodViaHas(const Mpls::RouteKey& k) const {
-      return routeEvpnVlanAwareFloodVia_.contains(k);
-   }
-   void routeEvpnVlanAwareFloodViaIs(const Mpls::RouteKey& k,
-                                     const Mpls::LfibEvpnVlanAwareFloodVia& v) {
-      routeEvpnVlanAwareFloodVia_[k] = v;
-   }
-   void routeEvpnVlanAwareFloodViaDel(const Mpls::RouteKey& k) {
-      routeEvpnVlanAwareFloodVia_.erase(k);
-   }
-   const RouteViaMap<Mpls::LfibEvpnVlanAwareFloodVia>& routeEvpnVlanAwareFloodViaMap() const {
-      return routeEvpnVlanAwareFloodVia_;
-   }
-
-   // VLAN-aware bookkeeping.
-   Mpls::LfibDot1qTagToVlanKey vlanAwareRouteKeyToDot1qTagVlanKey(const Mpls::RouteKey& k) const {
-      return Kor::mapValueOr(vlanAwareRouteKeyToDot1qTagVlanKey_, k);
-   }
-   bool vlanAwareRouteKeyToDot1qTagVlanKeyHas(const Mpls::RouteKey& k) const {
-      return vlanAwareRouteKeyToDot1qTagVlanKey_.contains(k);
-   }
-   void vlanAwareRouteKeyToDot1qTagVlanKeyIs(const Mpls::RouteKey& k,
-                                             const Mpls::LfibDot1qTagToVlanKey& v) {
-      vlanAwareRouteKeyToDot1qTagVlanKey_[k] = v;
-   }
-   void vlanAwareRouteKeyToDot1qTagVlanKeyDel(const Mpls::RouteKey& k) {
-      vlanAwareRouteKeyToDot1qTagVlanKey_.erase(k);
-   }
-   std::size_t vlanAwareRouteKeyToDot1qTagVlanKeys() const {
-      return vlanAwareRouteKeyToDot1qTagVlanKey_.size();
-   }
-
-   // Null when no route ever named the collection.
-   Kor::Ptr<VlanAwareDot1qTagVlanRouteKeySet> vlanAwareDot1qTagVlanToRouteKeySet(
-       const Mpls::LfibDot1qTagToVlanKey& k) const {
-      return Kor::mapValueOr(vlanAwareDot1qTagVlanToRouteKeySet_, k);
-   }
-   // Get or create.
-   Kor::Ptr<VlanAwareDot1qTagVlanRouteKeySet> vlanAwareDot1qTagVlanToRouteKeySetIs(
-       const Mpls::LfibDot1qTagToVlanKey& k);
-   void vlanAwareDot1qTagVlanToRouteKeySetDel(const Mpls::LfibDot1qTagToVlanKey& k) {
-      vlanAwareDot1qTagVlanToRouteKeySet_.erase(k);
-   }
-   std::size_t vlanAwareDot1qTagVlanToRouteKeySets() const {
-      return vlanAwareDot1qTagVlanToRouteKeySet_.size();
-   }
-
-   // Null when the route has no programmed set.
-   Kor::Ptr<VlanAwareProgrammedRouteSet> vlanAwareRouteKeyToDot1qTagVlanProgrammed(
-       const Mpls::RouteKey& k) const {
-      return Kor::mapValueOr(vlanAwareRouteKeyToDot1qTagVlanProgrammed_, k);
-   }
-   // Get or create.
-   Kor::Ptr<VlanAwareProgrammedRouteSet> vlanAwareRouteKeyToDot1qTagVlanProgrammedIs(
-       const Mpls::RouteKey& k);
-   void vlanAwareRouteKeyToDot1qTagVlanProgrammedDel(const Mpls::RouteKey& k) {
-      vlanAwareRouteKeyToDot1qTagVlanProgrammed_.erase(k);
-   }
-   std::size_t vlanAwareRouteKeyToDot1qTagVlanProgrammeds() const {
-      return vlanAwareRouteKeyToDot1qTagVlanProgrammed_.size();
-   }
-
-   // One reactor per dot1q collection present in the LFIB.
-   bool dot1qTagToVlanCollHas(const Mpls::LfibDot1qTagToVlanKey& k) const {
-      return dot1qTagToVlanColl_.contains(k);
-   }
-   // Get or create; a reactor created here first handles the entire collection.
-   void dot1qTagToVlanCollIs(const Mpls::LfibDot1qTagToVlanKey& k);
-   // Drops the reactor; calls no helper operation.
-   void dot1qTagToVlanCollDel(const Mpls::LfibDot1qTagToVlanKey& k);
-   std::size_t dot1qTagToVlanColls() const { return dot1qTagToVlanColl_.size(); }
-
- private:
    class LfibStatusReactor;
    class LfibTrackingStatusReactor;
    class Dot1qTagToVlanCollReactor;
+   // The IP-lookup, VLAN and EVPN VLAN flood vias: each one mapping of the label (the rows are in
+   // FalMplsDecapSm.cpp).
+   template <class Via>
+   struct SingleMapping;
+   template <class Via>
+   void processSingleMapping(const Mpls::RouteKey& routeKey, const Mpls::LfibViaKey& viaKey);
+   template <class Via>
+   void createSingleMapping(const Mpls::RouteKey& routeKey, const Via& via);
+   template <class Via>
+   void deleteSingleMapping(const Mpls::RouteKey& routeKey);
 
    void createVlanAwareMappings(const Mpls::RouteKey& routeKey,
                                 const Mpls::LfibDot1qTagToVlanKey& collKey, bool flood,
@@ -285,17 +198,19 @@ class MplsDecapSm : public Kor::Entity {
    Kor::Ptr<Loom::Task> reviewRouteKeyBacklog_;
    Kor::Ptr<Loom::TimerTask> reviewUnprogrammed_;
 
-   RouteViaTypeMap routeViaType_;
-   RouteViaMap<Mpls::LfibIpLookupVia> routeIpLookupVia_;
-   RouteViaMap<Mpls::LfibVlanVia> routeVlanVia_;
-   RouteViaMap<Mpls::LfibEvpnVlanFloodVia> routeEvpnVlanFloodVia_;
-   RouteViaMap<Mpls::LfibEvpnVlanAwareVia> routeEvpnVlanAwareVia_;
-   RouteViaMap<Mpls::LfibEvpnVlanAwareFloodVia> routeEvpnVlanAwareFloodVia_;
+   Kor::KeyedAttr<RouteViaTypeMap> routeViaType_;
+   Kor::KeyedAttr<RouteViaMap<Mpls::LfibIpLookupVia>> routeIpLookupVia_;
+   Kor::KeyedAttr<RouteViaMap<Mpls::LfibVlanVia>> routeVlanVia_;
+   Kor::KeyedAttr<RouteViaMap<Mpls::LfibEvpnVlanFloodVia>> routeEvpnVlanFloodVia_;
+   Kor::KeyedAttr<RouteViaMap<Mpls::LfibEvpnVlanAwareVia>> routeEvpnVlanAwareVia_;
+   Kor::KeyedAttr<RouteViaMap<Mpls::LfibEvpnVlanAwareFloodVia>> routeEvpnVlanAwareFloodVia_;
 
-   Kor::HashMap<Mpls::RouteKey, Mpls::LfibDot1qTagToVlanKey> vlanAwareRouteKeyToDot1qTagVlanKey_;
-   Kor::HashMap<Mpls::LfibDot1qTagToVlanKey, Kor::Ptr<VlanAwareDot1qTagVlanRouteKeySet>>
+   Kor::KeyedAttr<Kor::HashMap<Mpls::RouteKey, Mpls::LfibDot1qTagToVlanKey>>
+       vlanAwareRouteKeyToDot1qTagVlanKey_;
+   Kor::KeyedAttr<
+       Kor::HashMap<Mpls::LfibDot1qTagToVlanKey, Kor::Ptr<VlanAwareDot1qTagVlanRouteKeySet>>>
        vlanAwareDot1qTagVlanToRouteKeySet_;
-   Kor::HashMap<Mpls::RouteKey, Kor::Ptr<VlanAwareProgrammedRouteSet>>
+   Kor::KeyedAttr<Kor::HashMap<Mpls::RouteKey, Kor::Ptr<VlanAwareProgrammedRouteSet>>>
        vlanAwareRouteKeyToDot1qTagVlanProgrammed_;
    Kor::HashMap<Mpls::LfibDot1qTagToVlanKey, std::unique_ptr<Dot1qTagToVlanCollReactor>>
        dot1qTagToVlanColl_;

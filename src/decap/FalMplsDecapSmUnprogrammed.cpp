@@ -1,29 +1,25 @@
 // Fal::MplsDecapSm: the routes that the helper refused, listed in the LFIB hardware status for
 // operators and other agents, and retried from scratch every retry interval while any is listed.
 #include <mplsfwd/log/Assert.h>
-#include <mplsfwd/log/Trace.h>
 
 #include "FalMplsDecapSm.h"
+#include "MplsDecapSmTrace.h"
 
 namespace Fal {
 
-namespace {
-Log::Trace decapTrace("MplsDecapSm");
-}
-
 void MplsDecapSm::addRouteToUnprogrammed(const Mpls::RouteKey& routeKey,
                                          Mpls::LfibHwProgrammingReturnCode rc) {
-   FAL_ASSERT(initialized(), "initialized()");
-   TRACE8(decapTrace, "addRouteToUnprogrammed"
-                          << " route " << routeKey << " reason " << static_cast<unsigned>(rc));
+   FAL_ASSERT(initialized());
+   SM_TRACE(8, "addRouteToUnprogrammed"
+                   << " route " << routeKey << " reason " << static_cast<unsigned>(rc));
    // The newest reason replaces an older one. The review is scheduled by whoever ran this.
    lfibHwStatus_->unprogrammedRouteIs(Mpls::RouteInfo(routeKey, rc));
 }
 
 void MplsDecapSm::deleteRouteFromUnprogrammed(const Mpls::RouteKey& routeKey) {
-   FAL_ASSERT(initialized(), "initialized()");
+   FAL_ASSERT(initialized());
    if (lfibHwStatus_->unprogrammedRouteMap().empty()) {
-      TRACE9(decapTrace, "No unprogrammed routes, nothing to delete");
+      SM_TRACE(9, "No unprogrammed routes, nothing to delete");
       return;
    }
    lfibHwStatus_->unprogrammedRouteDel(routeKey);
@@ -31,23 +27,23 @@ void MplsDecapSm::deleteRouteFromUnprogrammed(const Mpls::RouteKey& routeKey) {
 
 // A pending review is never pushed back: new failures wait for the review already planned.
 void MplsDecapSm::maybeScheduleUnprogrammedReview() {
-   TRACE8(decapTrace, "maybeScheduleUnprogrammedReview");
-   FAL_ASSERT(initialized(), "initialized()");
+   SM_TRACE(8, "maybeScheduleUnprogrammedReview");
+   FAL_ASSERT(initialized());
    if (lfibHwStatus_->unprogrammedRouteMap().empty()) {
-      TRACE8(decapTrace, "no unprogrammed routes, nothing to review");
+      SM_TRACE(8, "no unprogrammed routes, nothing to review");
       return;
    }
    if (reviewUnprogrammed_->pending()) {
-      TRACE8(decapTrace, "unprogrammed review already scheduled");
+      SM_TRACE(8, "unprogrammed review already scheduled");
       return;
    }
    reviewUnprogrammed_->scheduleAfter(defaultUnprogrammedRetryInterval_);
-   MPLSFWD_TRACE_FAST(decapTrace, 5, "next unprogrammed review at " << reviewUnprogrammed_->time());
+   SM_DECISION(5, "next unprogrammed review at " << reviewUnprogrammed_->time());
 }
 
 void MplsDecapSm::doReviewUnprogrammed() {
-   TRACE8(decapTrace, "doReviewUnprogrammed");
-   FAL_ASSERT(initialized(), "initialized()");
+   SM_TRACE(8, "doReviewUnprogrammed");
+   FAL_ASSERT(initialized());
    FAL_ASSERT(reviewUnprogrammed_, "task");
    const auto& unprogrammed = lfibHwStatus_->unprogrammedRouteMap();
    auto it = unprogrammed.begin();
@@ -65,7 +61,7 @@ void MplsDecapSm::doReviewUnprogrammed() {
       }
       if (reviewUnprogrammed_->taskShouldYield()) {
          // The next run starts again from the first listed key.
-         TRACE8(decapTrace, "doReviewUnprogrammed yielding");
+         SM_TRACE(8, "doReviewUnprogrammed yielding");
          reviewUnprogrammed_->scheduleAfter(defaultUnprogrammedRetryInterval_);
          return;
       }

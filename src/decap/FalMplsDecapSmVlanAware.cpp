@@ -4,15 +4,13 @@
 #include <vector>
 
 #include <mplsfwd/log/Assert.h>
-#include <mplsfwd/log/Trace.h>
 
 #include "FalMplsDecapSm.h"
+#include "MplsDecapSmTrace.h"
 
 namespace Fal {
 
 namespace {
-
-Log::Trace decapTrace("MplsDecapSm");
 
 unsigned rcValue(Mpls::LfibHwProgrammingReturnCode rc) {
    return static_cast<unsigned>(rc);
@@ -20,40 +18,20 @@ unsigned rcValue(Mpls::LfibHwProgrammingReturnCode rc) {
 
 }  // namespace
 
-Kor::Ptr<VlanAwareDot1qTagVlanRouteKeySet> MplsDecapSm::vlanAwareDot1qTagVlanToRouteKeySetIs(
-    const Mpls::LfibDot1qTagToVlanKey& k) {
-   auto& set = vlanAwareDot1qTagVlanToRouteKeySet_[k];
-   if (!set) {
-      set = Kor::make<VlanAwareDot1qTagVlanRouteKeySet>(k);
-   }
-   return set;
-}
-
-Kor::Ptr<VlanAwareProgrammedRouteSet> MplsDecapSm::vlanAwareRouteKeyToDot1qTagVlanProgrammedIs(
-    const Mpls::RouteKey& k) {
-   auto& set = vlanAwareRouteKeyToDot1qTagVlanProgrammed_[k];
-   if (!set) {
-      set = Kor::make<VlanAwareProgrammedRouteSet>(k);
-   }
-   return set;
-}
-
 bool MplsDecapSm::vlanAwareFlood(const Mpls::RouteKey& routeKey) const {
    return routeViaType(routeKey) == Mpls::viaTypeEvpnVlanAwareFlood_;
 }
 
 void MplsDecapSm::processEvpnVlanAwareVia(const Mpls::RouteKey& routeKey,
                                           const Mpls::LfibViaKey& viaKey) {
-   TRACE8(decapTrace, "processEvpnVlanAwareVia"
-                          << " route " << routeKey << " via " << viaKey);
-   FAL_ASSERT(initialized(), "initialized()");
-   FAL_ASSERT(viaKey.viaType() == Mpls::viaTypeEvpnVlanAware_,
-              "viaKey.viaType() == Mpls::viaTypeEvpnVlanAware()");
+   SM_TRACE(8, "processEvpnVlanAwareVia"
+                   << " route " << routeKey << " via " << viaKey);
+   FAL_ASSERT(initialized());
+   FAL_ASSERT(viaKey.viaType() == Mpls::viaTypeEvpnVlanAware_);
    const Mpls::LfibEvpnVlanAwareVia via = lfibStatus_->evpnVlanAwareVia(viaKey);
    if (via == routeEvpnVlanAwareVia(routeKey)) {
-      MPLSFWD_TRACE_FAST(decapTrace, 5,
-                         "no via to program"
-                             << " route " << routeKey);
+      SM_DECISION(5, "no via to program"
+                         << " route " << routeKey);
       return;
    }
    createEvpnVlanAwareVia(routeKey, via);
@@ -61,16 +39,14 @@ void MplsDecapSm::processEvpnVlanAwareVia(const Mpls::RouteKey& routeKey,
 
 void MplsDecapSm::processEvpnVlanAwareFloodVia(const Mpls::RouteKey& routeKey,
                                                const Mpls::LfibViaKey& viaKey) {
-   TRACE8(decapTrace, "processEvpnVlanAwareFloodVia"
-                          << " route " << routeKey << " via " << viaKey);
-   FAL_ASSERT(initialized(), "initialized()");
-   FAL_ASSERT(viaKey.viaType() == Mpls::viaTypeEvpnVlanAwareFlood_,
-              "viaKey.viaType() == Mpls::viaTypeEvpnVlanAwareFlood()");
+   SM_TRACE(8, "processEvpnVlanAwareFloodVia"
+                   << " route " << routeKey << " via " << viaKey);
+   FAL_ASSERT(initialized());
+   FAL_ASSERT(viaKey.viaType() == Mpls::viaTypeEvpnVlanAwareFlood_);
    const Mpls::LfibEvpnVlanAwareFloodVia via = lfibStatus_->evpnVlanAwareFloodVia(viaKey);
    if (via == routeEvpnVlanAwareFloodVia(routeKey)) {
-      MPLSFWD_TRACE_FAST(decapTrace, 5,
-                         "no via to program"
-                             << " route " << routeKey);
+      SM_DECISION(5, "no via to program"
+                         << " route " << routeKey);
       return;
    }
    createEvpnVlanAwareFloodVia(routeKey, via);
@@ -80,12 +56,12 @@ void MplsDecapSm::processEvpnVlanAwareFloodVia(const Mpls::RouteKey& routeKey,
 // processing of the key first deletes the tags that did get programmed.
 void MplsDecapSm::createEvpnVlanAwareVia(const Mpls::RouteKey& routeKey,
                                          const Mpls::LfibEvpnVlanAwareVia& via) {
-   TRACE8(decapTrace, "createEvpnVlanAwareVia"
-                          << " route " << routeKey << " via " << via);
-   FAL_ASSERT(initialized(), "initialized()");
+   SM_TRACE(8, "createEvpnVlanAwareVia"
+                   << " route " << routeKey << " via " << via);
+   FAL_ASSERT(initialized());
    routeViaTypeIs(routeKey, Mpls::viaTypeEvpnVlanAware_);
-   if (auto it = routeEvpnVlanAwareVia_.find(routeKey); it != routeEvpnVlanAwareVia_.end()) {
-      FAL_ASSERT(it->second == via, "routeEvpnVlanAwareVia( routeKey ) == via");
+   if (const auto* programmed = routeEvpnVlanAwareVia_.find(routeKey)) {
+      FAL_ASSERT(*programmed == via, "routeEvpnVlanAwareVia( routeKey ) == via");
    } else {
       routeEvpnVlanAwareViaIs(routeKey, via);
    }
@@ -94,13 +70,12 @@ void MplsDecapSm::createEvpnVlanAwareVia(const Mpls::RouteKey& routeKey,
 
 void MplsDecapSm::createEvpnVlanAwareFloodVia(const Mpls::RouteKey& routeKey,
                                               const Mpls::LfibEvpnVlanAwareFloodVia& via) {
-   TRACE8(decapTrace, "createEvpnVlanAwareFloodVia"
-                          << " route " << routeKey << " via " << via);
-   FAL_ASSERT(initialized(), "initialized()");
+   SM_TRACE(8, "createEvpnVlanAwareFloodVia"
+                   << " route " << routeKey << " via " << via);
+   FAL_ASSERT(initialized());
    routeViaTypeIs(routeKey, Mpls::viaTypeEvpnVlanAwareFlood_);
-   if (auto it = routeEvpnVlanAwareFloodVia_.find(routeKey);
-       it != routeEvpnVlanAwareFloodVia_.end()) {
-      FAL_ASSERT(it->second == via, "routeEvpnVlanAwareFloodVia( routeKey ) == via");
+   if (const auto* programmed = routeEvpnVlanAwareFloodVia_.find(routeKey)) {
+      FAL_ASSERT(*programmed == via);
    } else {
       routeEvpnVlanAwareFloodViaIs(routeKey, via);
    }
@@ -118,9 +93,8 @@ void MplsDecapSm::createVlanAwareMappings(const Mpls::RouteKey& routeKey,
    Kor::Ptr<const Mpls::LfibDot1qTagToVlan> coll = lfibStatus_->dot1qTagToVlanColl(collKey);
    if (!coll) {
       // Programmed when the collection arrives.
-      MPLSFWD_TRACE_FAST(decapTrace, 5,
-                         function << " route " << routeKey << " dot1qTagToVlanKey " << collKey
-                                  << " : collection not present");
+      SM_DECISION(5, function << " route " << routeKey << " dot1qTagToVlanKey " << collKey
+                              << " : collection not present");
       return;
    }
    Kor::Ptr<VlanAwareProgrammedRouteSet> programmed =
@@ -132,20 +106,17 @@ void MplsDecapSm::createVlanAwareMappings(const Mpls::RouteKey& routeKey,
           it != programmed->dot1qTagToVlanIdMap().end()) {
          const Bridging::VlanIdOrNone old = it->second;
          if (old == vlanId) {
-            MPLSFWD_TRACE_FAST(decapTrace, 8,
-                               function << " route " << routeKey << " dot1qTag " << dot1qTag
-                                        << " vlanId " << vlanId << " : Already Programmed ");
+            SM_DECISION(8, function << " route " << routeKey << " dot1qTag " << dot1qTag
+                                    << " vlanId " << vlanId << " : Already Programmed ");
             continue;
          }
-         MPLSFWD_TRACE_FAST(decapTrace, 5,
-                            function << " route " << routeKey << " dot1qTag " << dot1qTag
-                                     << " changing vlanId from " << old << " to " << vlanId);
+         SM_DECISION(5, function << " route " << routeKey << " dot1qTag " << dot1qTag
+                                 << " changing vlanId from " << old << " to " << vlanId);
          mplsDecapHelper_->deleteLabelDot1qToVlanMapping(label, dot1qTag, flood);
          programmed->dot1qTagToVlanIdDel(dot1qTag);
       }
       rc = mplsDecapHelper_->createLabelDot1qToVlanMapping(label, dot1qTag, vlanId, flood);
-      TRACE5(decapTrace,
-             "create " << label << "/" << dot1qTag << "/" << vlanId << " rc: " << rcValue(rc));
+      SM_TRACE(5, "create " << label << "/" << dot1qTag << "/" << vlanId << " rc: " << rcValue(rc));
       if (rc != Mpls::lfibHwProgrammingSuccess_) {
          break;
       }
@@ -159,9 +130,9 @@ void MplsDecapSm::createVlanAwareMappings(const Mpls::RouteKey& routeKey,
 }
 
 void MplsDecapSm::deleteEvpnVlanAwareVia(const Mpls::RouteKey& routeKey) {
-   TRACE8(decapTrace, "deleteEvpnVlanAwareVia"
-                          << " route " << routeKey);
-   FAL_ASSERT(initialized(), "initialized()");
+   SM_TRACE(8, "deleteEvpnVlanAwareVia"
+                   << " route " << routeKey);
+   FAL_ASSERT(initialized());
    FAL_ASSERT(!(routeEvpnVlanAwareVia(routeKey) == Mpls::LfibEvpnVlanAwareVia()), "!!via");
    deleteVlanAwareMappings(routeKey, false);
    routeViaTypeDel(routeKey);
@@ -169,9 +140,9 @@ void MplsDecapSm::deleteEvpnVlanAwareVia(const Mpls::RouteKey& routeKey) {
 }
 
 void MplsDecapSm::deleteEvpnVlanAwareFloodVia(const Mpls::RouteKey& routeKey) {
-   TRACE8(decapTrace, "deleteEvpnVlanAwareFloodVia"
-                          << " route " << routeKey);
-   FAL_ASSERT(initialized(), "initialized()");
+   SM_TRACE(8, "deleteEvpnVlanAwareFloodVia"
+                   << " route " << routeKey);
+   FAL_ASSERT(initialized());
    FAL_ASSERT(!(routeEvpnVlanAwareFloodVia(routeKey) == Mpls::LfibEvpnVlanAwareFloodVia()),
               "!!via");
    deleteVlanAwareMappings(routeKey, true);
@@ -186,13 +157,12 @@ void MplsDecapSm::deleteVlanAwareMappings(const Mpls::RouteKey& routeKey, bool f
    if (Kor::Ptr<VlanAwareProgrammedRouteSet> programmed =
            vlanAwareRouteKeyToDot1qTagVlanProgrammed(routeKey)) {
       for (const auto& [dot1qTag, vlanId] : programmed->dot1qTagToVlanIdMap()) {
-         TRACE5(decapTrace, "deleting " << label << "/" << dot1qTag);
+         SM_TRACE(5, "deleting " << label << "/" << dot1qTag);
          mplsDecapHelper_->deleteLabelDot1qToVlanMapping(label, dot1qTag, flood);
       }
    }
-   if (auto it = vlanAwareRouteKeyToDot1qTagVlanKey_.find(routeKey);
-       it != vlanAwareRouteKeyToDot1qTagVlanKey_.end()) {
-      if (auto set = vlanAwareDot1qTagVlanToRouteKeySet(it->second)) {
+   if (const auto* collKey = vlanAwareRouteKeyToDot1qTagVlanKey_.find(routeKey)) {
+      if (auto set = vlanAwareDot1qTagVlanToRouteKeySet(*collKey)) {
          set->routeKeySetDel(routeKey);
       }
    }
@@ -204,9 +174,9 @@ void MplsDecapSm::deleteVlanAwareMappings(const Mpls::RouteKey& routeKey, bool f
 // Collection side.
 
 void MplsDecapSm::handleLfibDot1qTagToVlanColl(const Mpls::LfibDot1qTagToVlanKey& key) {
-   TRACE8(decapTrace, "handleLfibDot1qTagToVlanColl"
-                          << " dot1qTagToVlanKey " << key);
-   FAL_ASSERT(initialized(), "initialized()");
+   SM_TRACE(8, "handleLfibDot1qTagToVlanColl"
+                   << " dot1qTagToVlanKey " << key);
+   FAL_ASSERT(initialized());
    if (lfibStatus_->dot1qTagToVlanColl(key)) {
       dot1qTagToVlanCollIs(key);
    } else {
@@ -215,10 +185,9 @@ void MplsDecapSm::handleLfibDot1qTagToVlanColl(const Mpls::LfibDot1qTagToVlanKey
 }
 
 void MplsDecapSm::handleDot1qTagToVlanColl(const Mpls::LfibDot1qTagToVlanKey& key) {
-   MPLSFWD_TRACE_FAST(decapTrace, 5,
-                      "handleDot1qTagToVlanColl"
-                          << " dot1qTagToVlanKey " << key << " handling the entire collection");
-   FAL_ASSERT(initialized(), "initialized()");
+   SM_DECISION(5, "handleDot1qTagToVlanColl"
+                      << " dot1qTagToVlanKey " << key << " handling the entire collection");
+   FAL_ASSERT(initialized());
    // The delete pass forgets the routes along with their tags, so the create pass works from
    // what the routes were before it.
    std::vector<std::tuple<Mpls::RouteKey, Mpls::LfibViaType, Mpls::LfibEvpnVlanAwareVia,
@@ -245,12 +214,11 @@ void MplsDecapSm::handleDot1qTagToVlanColl(const Mpls::LfibDot1qTagToVlanKey& ke
 
 void MplsDecapSm::handleDot1qTagToVlan(const Mpls::LfibDot1qTagToVlanKey& key,
                                        Bridging::VlanId dot1qTag) {
-   MPLSFWD_TRACE_FAST(decapTrace, 5,
-                      "handleDot1qTagToVlan"
-                          << " dot1qTagToVlanKey " << key << " dot1qTag " << dot1qTag);
-   FAL_ASSERT(initialized(), "initialized()");
+   SM_DECISION(5, "handleDot1qTagToVlan"
+                      << " dot1qTagToVlanKey " << key << " dot1qTag " << dot1qTag);
+   FAL_ASSERT(initialized());
    Kor::Ptr<const Mpls::LfibDot1qTagToVlan> map = lfibStatus_->dot1qTagToVlanColl(key);
-   FAL_ASSERT(map, "map");
+   FAL_ASSERT(map);
    if (map->dot1qTagToVlanIdHas(dot1qTag)) {
       processDot1qTagToVlan(key, true);
    } else if (auto set = vlanAwareDot1qTagVlanToRouteKeySet(key)) {
@@ -261,7 +229,7 @@ void MplsDecapSm::handleDot1qTagToVlan(const Mpls::LfibDot1qTagToVlanKey& key,
             continue;
          }
          const Wire::MplsLabel label = routeKey.topLabel();
-         TRACE5(decapTrace, "deleting " << label << "/" << dot1qTag);
+         SM_TRACE(5, "deleting " << label << "/" << dot1qTag);
          mplsDecapHelper_->deleteLabelDot1qToVlanMapping(label, dot1qTag, vlanAwareFlood(routeKey));
          programmed->dot1qTagToVlanIdDel(dot1qTag);
       }
@@ -270,9 +238,9 @@ void MplsDecapSm::handleDot1qTagToVlan(const Mpls::LfibDot1qTagToVlanKey& key,
 }
 
 void MplsDecapSm::processDot1qTagToVlan(const Mpls::LfibDot1qTagToVlanKey& key, bool create) {
-   TRACE8(decapTrace, "processDot1qTagToVlan"
-                          << " dot1qTagToVlanKey " << key << " create " << create);
-   FAL_ASSERT(initialized(), "initialized()");
+   SM_TRACE(8, "processDot1qTagToVlan"
+                   << " dot1qTagToVlanKey " << key << " create " << create);
+   FAL_ASSERT(initialized());
    auto set = vlanAwareDot1qTagVlanToRouteKeySet(key);
    if (!set) {
       return;
@@ -297,8 +265,8 @@ void MplsDecapSm::processDot1qTagToVlan(const Mpls::LfibDot1qTagToVlanKey& key, 
             }
             break;
          default:
-            TRACE0(decapTrace, "route " << routeKey << " of dot1qTagToVlanKey " << key
-                                        << " has via type " << routeViaType(routeKey));
+            SM_TRACE(0, "route " << routeKey << " of dot1qTagToVlanKey " << key << " has via type "
+                                 << routeViaType(routeKey));
             break;
       }
    }

@@ -72,8 +72,8 @@ const Fal::Dot1qTagToVlanMapId MplsDecapHelperWithDot1qMap::createDot1qMapping(
                         << "( LfibDot1qTagToVlanKey:"
                         << (dot1qTagToVlan ? dot1qTagToVlan->key() : Mpls::LfibDot1qTagToVlanKey())
                         << " )");
-   FAL_ASSERT(initialized(), "initialized()");
-   FAL_ASSERT(dot1qTagToVlan, "dot1qTagToVlan");
+   FAL_ASSERT(initialized());
+   FAL_ASSERT(dot1qTagToVlan);
    const Mpls::LfibDot1qTagToVlanKey& key = dot1qTagToVlan->key();
    if (auto it = dot1qMapId_.find(key); it != dot1qMapId_.end()) {
       // Shared by key: the same collection keeps the id it already has.
@@ -94,7 +94,7 @@ void MplsDecapHelperWithDot1qMap::deleteDot1qMapping(Fal::Dot1qTagToVlanMapId ma
    TRACE8(helperTrace, "deleteDot1qMapping::"
                            << "deleteDot1qMapping"
                            << "( Dot1qTagToVlanMapId:" << mapId << " )");
-   FAL_ASSERT(initialized(), "initialized()");
+   FAL_ASSERT(initialized());
    auto it = allocatedMapId_.find(mapId);
    if (it == allocatedMapId_.end()) {
       return;
@@ -106,8 +106,7 @@ void MplsDecapHelperWithDot1qMap::deleteDot1qMapping(Fal::Dot1qTagToVlanMapId ma
       std::erase_if(dot1qMapId_, [&](const auto& entry) { return entry.second == mapId; });
    }
    allocatedMapIdDel(mapId);
-   const bool released = numAllocator_->releaseNumber(mapId.value());
-   FAL_ASSERT(released, "numAllocator()->releaseNumber( mapId )");
+   FAL_ASSERT(numAllocator_->releaseNumber(mapId.value()));
    TRACE8(helperTrace, "Deleted Dot1qTagToVlanMapId " << mapId);
 }
 

@@ -4,21 +4,20 @@
 #include <utility>
 #include <vector>
 
+#include <mplsfwd/kor/SmReactor.h>
 #include <mplsfwd/log/Assert.h>
-#include <mplsfwd/log/Trace.h>
 #include <mplsfwd/loom/Range.h>
 #include <mplsfwd/mpls/FibVia.h>
 #include <mplsfwd/wire/MplsLabelAction.h>
 #include <mplsfwd/wire/MplsLabelOperation.h>
 
-namespace Fal {
+#include "LFibSmTrace.h"
 
-namespace {
+namespace Fal {
 
 Log::Trace lfibSmTrace("LFibSm");
 
-// Decisions go to both trace streams: the handle's numbered levels and the FastLog ring.
-#define LFIBSM_TRACE(level, expr) MPLSFWD_TRACE_FAST(lfibSmTrace, level, expr)
+namespace {
 
 constexpr std::uint64_t kDecapFecIndexFirst = 0;
 constexpr std::uint64_t kDecapFecIndexLast = 4294967295ULL;
@@ -61,50 +60,37 @@ std::vector<typename Map::key_type> staleKeys(const Map& stale, const Map& curre
 
 // ---- reactors ----
 
-class LFibSm::MplsStatusReactor : public Mpls::Status::NotifieeConst {
+namespace {
+template <class Notifiee>
+using SmReactor = Kor::SmReactor<Notifiee, LFibSm>;
+}  // namespace
+
+class LFibSm::MplsStatusReactor : public SmReactor<Mpls::Status::NotifieeConst> {
  public:
-   MplsStatusReactor(LFibSm* sm, Kor::Ptr<const Mpls::Status> status) : sm_(sm) {
-      ownerIs(sm);
-      notifierIs(std::move(status));
-   }
-   void onLfibRoute(const Mpls::RouteKey& routeKey) override { sm_->handleLFibRoute(routeKey); }
-   void onLfibAdjacency(std::uint64_t index) override { sm_->handleLFibAdjacency(index); }
-   void onLfibPwAdjacency(std::uint64_t index) override { sm_->handleLFibPwAdjacency(index); }
+   using SmReactor::SmReactor;
+   void onLfibRoute(const Mpls::RouteKey& routeKey) override { sm_.handleLFibRoute(routeKey); }
+   void onLfibAdjacency(std::uint64_t index) override { sm_.handleLFibAdjacency(index); }
+   void onLfibPwAdjacency(std::uint64_t index) override { sm_.handleLFibPwAdjacency(index); }
    void onLfibExtFecAdjacency(std::uint64_t index) override {
-      sm_->handleLFibExtFecAdjacency(index);
+      sm_.handleLFibExtFecAdjacency(index);
    }
    void onNexthopResolutionAllowDefaultRoute() override {
-      sm_->handleNexthopResolutionAllowDefaultRoute();
+      sm_.handleNexthopResolutionAllowDefaultRoute();
    }
-
- private:
-   LFibSm* sm_;
 };
 
-class LFibSm::PwStatusReactor : public Pseudowire::Status::NotifieeConst {
+class LFibSm::PwStatusReactor : public SmReactor<Pseudowire::Status::NotifieeConst> {
  public:
-   PwStatusReactor(LFibSm* sm, Kor::Ptr<const Pseudowire::Status> status) : sm_(sm) {
-      ownerIs(sm);
-      notifierIs(std::move(status));
-   }
+   using SmReactor::SmReactor;
    void onLocalConnectorInfo(Wire::IntfId pwIntfId) override {
-      sm_->handleConnectorChange(pwIntfId);
+      sm_.handleConnectorChange(pwIntfId);
    }
-
- private:
-   LFibSm* sm_;
 };
 
-class LFibSm::HwFecIdResponseReactor : public FecIdToHwFecIdResponse::NotifieeConst {
+class LFibSm::HwFecIdResponseReactor : public SmReactor<FecIdToHwFecIdResponse::NotifieeConst> {
  public:
-   HwFecIdResponseReactor(LFibSm* sm, Kor::Ptr<const FecIdToHwFecIdResponse> response) : sm_(sm) {
-      ownerIs(sm);
-      notifierIs(std::move(response));
-   }
-   void onHwFecId(Memtab::Fib::FecId fecId) override { sm_->handleHwFecIdResponse(fecId); }
-
- private:
-   LFibSm* sm_;
+   using SmReactor::SmReactor;
+   void onHwFecId(Memtab::Fib::FecId fecId) override { sm_.handleHwFecIdResponse(fecId); }
 };
 
 // ---- construction ----
@@ -122,20 +108,15 @@ LFibSm::LFibSm(Kor::Ptr<const Mpls::Status> mplsStatus, Kor::Ptr<Mpls::Status> m
       dstPortToHwFecIdRequest_(std::move(dstPortToHwFecIdRequest)),
       dstPortToHwFecIdResponse_(std::move(dstPortToHwFecIdResponse)),
       timerWheel_(std::move(timerWheel)) {
-   if (mplsStatus_) {
-      mplsStatusReactor_ = std::make_unique<MplsStatusReactor>(this, mplsStatus_);
-   }
-   if (pwStatus_) {
-      pwStatusReactor_ = std::make_unique<PwStatusReactor>(this, pwStatus_);
-   }
-   if (dstPortToHwFecIdResponse_) {
-      hwFecIdResponseReactor_ =
-          std::make_unique<HwFecIdResponseReactor>(this, dstPortToHwFecIdResponse_);
-   }
+   Kor::attachReactor(mplsStatusReactor_, mplsStatus_, *this);
+   Kor::attachReactor(pwStatusReactor_, pwStatus_, *this);
+   Kor::attachReactor(hwFecIdResponseReactor_, dstPortToHwFecIdResponse_, *this);
    handleInitialized();
 }
 
-LFibSm::~LFibSm() = default;
+LFibSm::~LFibSm() {
+   Kor::silence(mplsStatusReactor_, pwStatusReactor_, hwFecIdResponseReactor_);
+}
 
 void LFibSm::numAllocatorIs(Kor::Ptr<const Loom::NumAllocatorConfig> config,
                             Kor::Ptr<Loom::NumAllocatorStatus> status, Kor::Ptr<Kor::Clock> clock) {
@@ -222,10 +203,10 @@ bool LFibSm::hwFecIdAnswered(Memtab::Fib::FecId fecId) const {
 // ---- start-up ----
 
 void LFibSm::handleInitialized() {
-   FAL_ASSERT(mplsStatus(), "mplsStatus()");
-   FAL_ASSERT(mplsIpStatus(), "mplsIpStatus()");
-   FAL_ASSERT(decapInfoTable(), "decapInfoTable()");
-   LFIBSM_TRACE(5, "handleInitialized");
+   FAL_ASSERT(mplsStatus());
+   FAL_ASSERT(mplsIpStatus());
+   FAL_ASSERT(decapInfoTable());
+   SM_DECISION(5, "handleInitialized");
 
    // Nothing an earlier incarnation left is trusted: its decap records may name FECs whose
    // indices the new allocator hands out again, and its requests would hold FEC ids that nothing
@@ -275,10 +256,10 @@ void LFibSm::handleInitialized() {
 
 void LFibSm::handleLFibAdjacency(std::uint64_t index) {
    if (mplsStatus_->lfibAdjacencyHas(index)) {
-      LFIBSM_TRACE(6, "Adding adjacency " << index);
+      SM_DECISION(6, "Adding adjacency " << index);
       mplsIpStatus_->lfibAdjacencyIs(index, mplsStatus_->lfibAdjacency(index));
    } else {
-      LFIBSM_TRACE(6, "Deleting adjacency " << index);
+      SM_DECISION(6, "Deleting adjacency " << index);
       mplsIpStatus_->lfibAdjacencyDel(index);
    }
 }
@@ -286,17 +267,17 @@ void LFibSm::handleLFibAdjacency(std::uint64_t index) {
 void LFibSm::handleLFibExtFecAdjacency(std::uint64_t index) {
    if (mplsStatus_->lfibExtFecAdjacencyHas(index)) {
       const Mpls::ExtFecAdjacency adj = mplsStatus_->lfibExtFecAdjacency(index);
-      LFIBSM_TRACE(6, "Adding or updating external fec adjacency " << adj);
+      SM_DECISION(6, "Adding or updating external fec adjacency " << adj);
       mplsIpStatus_->lfibExtFecAdjacencyIs(index, adj.fecId(), adj.labelAction());
    } else {
-      LFIBSM_TRACE(6, "Deleting external fec adjacency " << index);
+      SM_DECISION(6, "Deleting external fec adjacency " << index);
       mplsIpStatus_->lfibExtFecAdjacencyDel(index);
    }
 }
 
 void LFibSm::handleNexthopResolutionAllowDefaultRoute() {
    const bool allow = mplsStatus_->nexthopResolutionAllowDefaultRoute();
-   LFIBSM_TRACE(6, "handleNexthopResolutionAllowDefaultRoute: " << allow);
+   SM_DECISION(6, "handleNexthopResolutionAllowDefaultRoute: " << allow);
    mplsIpStatus_->nexthopResolutionAllowDefaultRouteIs(allow);
 }
 
@@ -308,7 +289,7 @@ void LFibSm::handleLFibRoute(const Mpls::RouteKey& routeKey) {
    pwAdjUseDel(routeKey);
 
    if (!mplsStatus_->lfibRouteHas(routeKey)) {
-      LFIBSM_TRACE(5, "Deleting route " << routeKey);
+      SM_DECISION(5, "Deleting route " << routeKey);
       doRemoveDecapState(label);
       mplsIpStatus_->lfibRouteDel(routeKey);
       return;
@@ -321,7 +302,7 @@ void LFibSm::handleLFibRoute(const Mpls::RouteKey& routeKey) {
    // the adjacency's business.
    if (adjKey.adjType() != Mpls::adjacencyTypePseudowire_) {
       doRemoveDecapState(label);
-      LFIBSM_TRACE(6, "Adding route " << route);
+      SM_DECISION(6, "Adding route " << route);
       mplsIpStatus_->lfibRouteIs(route);
       return;
    }
@@ -333,14 +314,14 @@ void LFibSm::handleLFibRoute(const Mpls::RouteKey& routeKey) {
       doRemoveDecapState(label);
       mplsIpStatus_->lfibRouteDel(routeKey);
       pwNonExistingAdj_[adjKey.index()].insert(routeKey);
-      LFIBSM_TRACE(3, "handleLFibRoute: route " << routeKey << ": adjacency " << adjKey
-                                                << " doesn't exist in Regdb");
+      SM_DECISION(3, "handleLFibRoute: route " << routeKey << ": adjacency " << adjKey
+                                               << " doesn't exist in Regdb");
       return;
    }
 
    const Mpls::PwAdjacency pwAdj = mplsStatus_->getPwAdjacency(adjKey);
    const Wire::IntfId pwIntfId = pwAdj.pwIntfId();
-   LFIBSM_TRACE(
+   SM_DECISION(
        5, "handleLFibRoute: decapLabel:" << label << ": mplsPseudowire adj, pwIntfId:" << pwIntfId);
 
    if (labelToDecapInfo(label) && decapLabelToPwIntfId(label) != pwIntfId) {
@@ -348,26 +329,26 @@ void LFibSm::handleLFibRoute(const Mpls::RouteKey& routeKey) {
    }
 
    if (!label.isValid()) {
-      LFIBSM_TRACE(1, "handleLFibRoute: route " << routeKey << ": no decap label, decap skipped");
+      SM_DECISION(1, "handleLFibRoute: route " << routeKey << ": no decap label, decap skipped");
    } else if (Wire::PseudowireIntfId::isPortPseudowireIntfId(pwIntfId)) {
       doInstallPortPwDecap(label, pwIntfId);
    } else if (!Wire::PseudowireIntfId::isVlanPseudowireIntfId(pwIntfId)) {
-      LFIBSM_TRACE(1, "handleLFibRoute: decapLabel:" << label << ": pwIntfId:" << pwIntfId
-                                                     << " is not a pseudowire, decap skipped");
+      SM_DECISION(1, "handleLFibRoute: decapLabel:" << label << ": pwIntfId:" << pwIntfId
+                                                    << " is not a pseudowire, decap skipped");
    } else if (!vlanPwDecapSupported()) {
-      LFIBSM_TRACE(1, "handleLFibRoute: decapLabel:"
-                          << label << ": vlan pw without FEC request and response tables, "
-                          << "decap skipped");
+      SM_DECISION(1, "handleLFibRoute: decapLabel:"
+                         << label << ": vlan pw without FEC request and response tables, "
+                         << "decap skipped");
    } else {
       doInstallVlanPwDecap(label, pwIntfId);
    }
 
-   LFIBSM_TRACE(6, "Adding route " << route);
+   SM_DECISION(6, "Adding route " << route);
    mplsIpStatus_->lfibRouteIs(route);
 }
 
 void LFibSm::doInstallPortPwDecap(Wire::MplsLabel label, Wire::IntfId pwIntfId) {
-   LFIBSM_TRACE(5, "handleLFibRoute: decapLabel:" << label << ": port pw");
+   SM_DECISION(5, "handleLFibRoute: decapLabel:" << label << ": port pw");
    decapLabelToPwIntfId_[label] = pwIntfId;
    labelToDecapInfo_.insert(label);
    decapInfoTable_->labelToPwDecapInfoIs(label, FalPw::PwDecapInfo(label, pwIntfId));
@@ -379,8 +360,8 @@ void LFibSm::doInstallVlanPwDecap(Wire::MplsLabel label, Wire::IntfId pwIntfId) 
    // internal VLAN and is rewritten in place when the connector is next written.
    const Pseudowire::LocalConnectorInfo connector =
        readConnector(pwIntfId).value_or(Pseudowire::LocalConnectorInfo());
-   LFIBSM_TRACE(
-       5, "handleLFibRoute: decapLabel:" << label << ": vlan pw " << ConnectorText{connector});
+   SM_DECISION(5,
+               "handleLFibRoute: decapLabel:" << label << ": vlan pw " << ConnectorText{connector});
    const FalPw::PwDecapInfo di(label, pwIntfId);
 
    // The bookkeeping comes before the request, so that a platform that answers from inside the
@@ -389,8 +370,8 @@ void LFibSm::doInstallVlanPwDecap(Wire::MplsLabel label, Wire::IntfId pwIntfId) 
    decapLabelToPwIntfId_[label] = pwIntfId;
    labelToDecapInfo_.insert(label);
    pwIntfIdToFecIdIs(pwIntfId)->fecIdIs(fecId);
-   LFIBSM_TRACE(7, "handleLFibRoute: intfIdToFecIdCol->fecIdIs, pwIntfId:"
-                       << pwIntfId << ", labelFecId:" << fecId);
+   SM_DECISION(7, "handleLFibRoute: intfIdToFecIdCol->fecIdIs, pwIntfId:"
+                      << pwIntfId << ", labelFecId:" << fecId);
 
    dstPortToHwFecIdRequest_->fecIs(decapFec(fecId, connector));
    dstPortToHwFecIdRequest_->hwFecIdRequestIs(HwFecIdRequest(fecId));
@@ -417,15 +398,15 @@ void LFibSm::doRemoveDecapState(Wire::MplsLabel label) {
    pwIntfIdToFecIdDel(pwIntfId, fecId);
 
    if (hwFecIdRequested(fecId)) {
-      LFIBSM_TRACE(
+      SM_DECISION(
           5, "doRemoveDecapState: decapLabel:" << label << ": deleting hw fec request:" << fecId);
       dstPortToHwFecIdRequest_->fecDel(fecId);
       dstPortToHwFecIdRequest_->hwFecIdRequestDel(fecId);
    }
    // A platform that withdraws its answer from inside the deletion has had the id freed already.
    if (fecIdToDecapInfo_.contains(fecId) && !hwFecIdAnswered(fecId)) {
-      LFIBSM_TRACE(5, "doRemoveDecapState: immediate delete of decap label:"
-                          << label << ": immediate free of labelFecId " << fecId);
+      SM_DECISION(5, "doRemoveDecapState: immediate delete of decap label:"
+                         << label << ": immediate free of labelFecId " << fecId);
       fecIdToDecapInfo_.erase(fecId);
       freeDecapFecId(fecId);
    }
@@ -436,8 +417,7 @@ void LFibSm::doRemoveDecapState(Wire::MplsLabel label) {
 Memtab::Fib::FecId LFibSm::getOrAllocateDecapFecId(Wire::MplsLabel label) {
    const Memtab::Fib::FecId cached = dstPortFecRequested(label);
    if (cached.isValid()) {
-      LFIBSM_TRACE(8,
-                   "getOrAllocateDecapFecId: decapLabel:" << label << ": cachedFecId:" << cached);
+      SM_DECISION(8, "getOrAllocateDecapFecId: decapLabel:" << label << ": cachedFecId:" << cached);
       return cached;
    }
    const std::uint64_t index = numAllocator()->getNumber();
@@ -450,22 +430,20 @@ Memtab::Fib::FecId LFibSm::getOrAllocateDecapFecId(Wire::MplsLabel label) {
    const Memtab::Fib::FecId fecId =
        Memtab::Fib::FecId::fecIdForAdjType(Memtab::Fib::AdjType::pwDecapAdj_, index);
    dstPortFecRequested_[label] = fecId;
-   LFIBSM_TRACE(8, "getOrAllocateDecapFecId: decapLabel:" << label << ": index:" << index
-                                                          << ", fecId:" << fecId);
+   SM_DECISION(8, "getOrAllocateDecapFecId: decapLabel:" << label << ": index:" << index
+                                                         << ", fecId:" << fecId);
    return fecId;
 }
 
 void LFibSm::freeDecapFecId(Memtab::Fib::FecId fecId) {
-   LFIBSM_TRACE(8, "freeDecapFecId: fecId:" << fecId);
+   SM_DECISION(8, "freeDecapFecId: fecId:" << fecId);
    FAL_ASSERT(!hwFecIdRequested(fecId),
               "dstPortToHwFecIdRequest()->hwFecIdRequest( fecId ) == Fal::HwFecIdRequest()");
    FAL_ASSERT(!hwFecIdAnswered(fecId),
               "dstPortToHwFecIdResponse()->hwFecId( fecId ) == Fal::FecToHwFecId()");
-   FAL_ASSERT(fecId.adjType() == Memtab::Fib::AdjType::pwDecapAdj_,
-              "fecId.adjType() == Memtab::Fib::AdjType::pwDecapAdj_");
+   FAL_ASSERT(fecId.adjType() == Memtab::Fib::AdjType::pwDecapAdj_);
    const std::uint64_t index = fecId.index();
-   const bool released = numAllocator()->releaseNumber(index);
-   FAL_ASSERT(released, "numAllocator()->releaseNumber( index )");
+   FAL_ASSERT(numAllocator()->releaseNumber(index));
 }
 
 // ---- hardware FEC ids ----
@@ -473,9 +451,9 @@ void LFibSm::freeDecapFecId(Memtab::Fib::FecId fecId) {
 void LFibSm::handleHwFecIdResponse(Memtab::Fib::FecId fecId) {
    const FecToHwFecId answer = dstPortToHwFecIdResponse_->hwFecId(fecId);
    const FalPw::PwDecapInfo di = fecIdToDecapInfo(fecId);
-   LFIBSM_TRACE(5, "handleHwFecIdResponse: fecId " << fecId << ", hwFec:" << answer.hwFecId()
-                                                   << ", di( label=" << di.label()
-                                                   << ", pwIntfId=" << di.pwIntfId() << " )");
+   SM_DECISION(5, "handleHwFecIdResponse: fecId " << fecId << ", hwFec:" << answer.hwFecId()
+                                                  << ", di( label=" << di.label()
+                                                  << ", pwIntfId=" << di.pwIntfId() << " )");
    const bool requested = hwFecIdRequested(fecId);
    if (di == FalPw::PwDecapInfo()) {
       // Every request this machine publishes has its decap record; an answer without either
@@ -484,7 +462,7 @@ void LFibSm::handleHwFecIdResponse(Memtab::Fib::FecId fecId) {
       if (initialized()) {
          FAL_ASSERT(!requested || di != FalPw::PwDecapInfo(), "di != FalPw::PwDecapInfo()");
       }
-      LFIBSM_TRACE(5, "handleHwFecIdResponse: no request for fecId " << fecId);
+      SM_DECISION(5, "handleHwFecIdResponse: no request for fecId " << fecId);
       return;
    }
 
@@ -494,7 +472,7 @@ void LFibSm::handleHwFecIdResponse(Memtab::Fib::FecId fecId) {
       if (requested && current) {
          decapInfoTable_->labelToPwDecapInfoIs(label, di);
       } else {
-         LFIBSM_TRACE(
+         SM_DECISION(
              5, "handleHwFecIdResponse: fecId " << fecId << ": request withdrawn, answer ignored");
       }
       return;
@@ -503,7 +481,7 @@ void LFibSm::handleHwFecIdResponse(Memtab::Fib::FecId fecId) {
    if (requested) {
       // The platform dropped the answer to a FEC that is still wanted: the label cannot be
       // decapsulated until a new answer comes.
-      LFIBSM_TRACE(
+      SM_DECISION(
           3, "handleHwFecIdResponse: fecId " << fecId << ": answer lost, waiting for a new one");
       if (current) {
          decapInfoTable_->labelToPwDecapInfoDel(label);
@@ -511,7 +489,7 @@ void LFibSm::handleHwFecIdResponse(Memtab::Fib::FecId fecId) {
       return;
    }
 
-   LFIBSM_TRACE(5, "handleHwFecIdResponse: fecId " << fecId << ": deleting from decapInfoTable");
+   SM_DECISION(5, "handleHwFecIdResponse: fecId " << fecId << ": deleting from decapInfoTable");
    // The label may have decap state of its own again by now (a new FEC or a port pseudowire):
    // its record is then not this FEC's to delete.
    if (!labelToDecapInfo(label)) {
@@ -526,7 +504,7 @@ void LFibSm::handleHwFecIdResponse(Memtab::Fib::FecId fecId) {
 void LFibSm::handleLFibPwAdjacency(std::uint64_t index) {
    auto waiting = pwNonExistingAdj_.find(index);
    if (waiting != pwNonExistingAdj_.end()) {
-      LFIBSM_TRACE(5, "handleLFibPwAdjacency: index found in pwNonExistingAdj " << index);
+      SM_DECISION(5, "handleLFibPwAdjacency: index found in pwNonExistingAdj " << index);
       pwNonExistingAdj_.erase(waiting);
    }
    // Every route that names the adjacency is taken up again: a waiting route is installed, an
@@ -548,7 +526,7 @@ std::optional<Pseudowire::LocalConnectorInfo> LFibSm::readConnector(Wire::IntfId
    try {
       return pwStatus_->localConnectorInfo(pwIntfId);
    } catch (const Pseudowire::CorruptionError& e) {
-      LFIBSM_TRACE(
+      SM_DECISION(
           0, "readConnector: pwIntfId:" << pwIntfId << ": corrupt decap connector: " << e.what());
       pwStatus_->corruptionDetected(e.what());
       return std::nullopt;
@@ -576,28 +554,28 @@ void LFibSm::handleConnectorChange(Wire::IntfId pwIntfId) {
       return;
    }
    const Pseudowire::LocalConnectorInfo& connector = *read;
-   LFIBSM_TRACE(5,
-                "handleConnectorChange: pwIntfId:" << pwIntfId << ": " << ConnectorText{connector});
+   SM_DECISION(5,
+               "handleConnectorChange: pwIntfId:" << pwIntfId << ": " << ConnectorText{connector});
    const Kor::Ptr<PwIntfIdToFecIdCollection> col = pwIntfIdToFecId(pwIntfId);
    if (col) {
       // A copy: the platform may react to a rewritten FEC from inside the write.
       const PwIntfIdToFecIdCollection::FecIdSet fecIds = col->fecIds();
       for (const Memtab::Fib::FecId fecId : fecIds) {
          const Memtab::Fib::Fec requestedFec = dstPortToHwFecIdRequest_->fec(fecId);
-         FAL_ASSERT(requestedFec != Memtab::Fib::Fec(), "requestedFec != Memtab::Fib::Fec()");
+         FAL_ASSERT(requestedFec != Memtab::Fib::Fec());
          const Memtab::Fib::Fec fec = decapFec(fecId, connector);
          if (fec != requestedFec) {
-            LFIBSM_TRACE(5, "handleConnectorChange: in place fec update: " << fec);
+            SM_DECISION(5, "handleConnectorChange: in place fec update: " << fec);
             dstPortToHwFecIdRequest_->fecIs(fec);
          }
       }
    }
    if (!connector) {
-      LFIBSM_TRACE(5,
-                   "handleConnectorChange: pwIntfId:" << pwIntfId << ": decap connector went away");
+      SM_DECISION(5,
+                  "handleConnectorChange: pwIntfId:" << pwIntfId << ": decap connector went away");
    } else {
-      LFIBSM_TRACE(5,
-                   "handleConnectorChange: pwIntfId:" << pwIntfId << ": updating decap connector");
+      SM_DECISION(5,
+                  "handleConnectorChange: pwIntfId:" << pwIntfId << ": updating decap connector");
    }
 }
 

@@ -115,6 +115,14 @@ class LFibSm : public Kor::PtrInterface {
    RouteKeySet pwNonExistingAdj(std::uint64_t index) const;
    std::size_t pwNonExistingAdjs() const { return pwNonExistingAdj_.size(); }
 
+   // Where one route stands and what holds it back, read from the state without changing it
+   // (FalLFibSmExplain.cpp).
+   PwExplanation explainRoute(const Mpls::RouteKey& routeKey) const;
+
+ private:
+   // The tests' one way to the work methods below.
+   friend struct LFibSmTestAccess;
+
    // Handlers, called by the reactors (and by start-up).
    void handleInitialized();
    void handleLFibRoute(const Mpls::RouteKey& routeKey);
@@ -130,11 +138,6 @@ class LFibSm : public Kor::PtrInterface {
    // Returns a decap FEC id to the allocator; no request or answer may be left for it.
    void freeDecapFecId(Memtab::Fib::FecId fecId);
 
-   // Where one route stands and what holds it back, read from the state without changing it
-   // (FalLFibSmExplain.cpp).
-   PwExplanation explainRoute(const Mpls::RouteKey& routeKey) const;
-
- private:
    class MplsStatusReactor;
    class PwStatusReactor;
    class HwFecIdResponseReactor;

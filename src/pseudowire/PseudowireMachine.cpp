@@ -21,4 +21,8 @@ PseudowireMachine::PseudowireMachine(const PseudowireTables& t) {
 
 PseudowireMachine::~PseudowireMachine() = default;
 
+PwExplanation PseudowireMachine::explainRoute(const Mpls::RouteKey& routeKey) const {
+   return sm_->explainRoute(routeKey);
+}
+
 }  // namespace Fal

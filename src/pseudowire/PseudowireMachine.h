@@ -7,6 +7,8 @@
 #include <mplsfwd/mpls/MplsStatus.h>
 #include <mplsfwd/mpls/PseudowireStatus.h>
 
+#include "PwExplanation.h"
+
 namespace Fal {
 
 class LFibSm;
@@ -36,7 +38,9 @@ class PseudowireMachine {
    PseudowireMachine(const PseudowireMachine&) = delete;
    PseudowireMachine& operator=(const PseudowireMachine&) = delete;
 
-   // The machine itself (include <mplsfwd/pseudowire/FalLFibSm.h> to look inside).
+   // Where one route stands and what holds it back, read without changing anything.
+   PwExplanation explainRoute(const Mpls::RouteKey& routeKey) const;
+   // The machine itself (its class is the library's own, not installed).
    const Kor::Ptr<LFibSm>& sm() const { return sm_; }
 
  private:

@@ -3,6 +3,7 @@
 
 #include <limits>
 
+#include <mplsfwd/kor/SmReactor.h>
 #include <mplsfwd/log/ToggleService.h>
 
 #include "MplsSmTrace.h"
@@ -22,14 +23,7 @@ const L3::VrfName& defaultVrf() {
 
 namespace {
 template <class Notifiee>
-class SmReactor : public Notifiee {
- public:
-   SmReactor(Kor::Ptr<const typename Notifiee::NotifierType> notifier, MplsSm& sm)
-       : Notifiee(std::move(notifier)), sm_(sm) {}
-
- protected:
-   MplsSm& sm_;
-};
+using SmReactor = Kor::SmReactor<Notifiee, MplsSm>;
 }  // namespace
 
 class MplsSm::MplsStatusReactor : public SmReactor<Mpls::Status::NotifieeConst> {
@@ -111,17 +105,6 @@ class MplsSm::ClockReactor : public SmReactor<Kor::Clock::NotifieeConst> {
 
 // ---- Construction and destruction.
 
-// (Re)creates the reactor on one input, owned by this machine so that it falls silent while the
-// machine is torn down; a null input gets no reactor.
-template <class Reactor, class Input>
-void MplsSm::attachReactor(std::unique_ptr<Reactor>& reactor, const Input& input) {
-   reactor.reset();
-   if (input) {
-      reactor = std::make_unique<Reactor>(input, *this);
-      reactor->ownerIs(this);
-   }
-}
-
 MplsSm::MplsSm(Kor::Ptr<const Mpls::Status> mplsStatus,
                Kor::Ptr<const Mpls::RoutingInfo> mplsRoutingInfo,
                Kor::Ptr<const Mpls::LfibStatus> transitLfib,
@@ -154,13 +137,13 @@ MplsSm::MplsSm(Kor::Ptr<const Mpls::Status> mplsStatus,
    // if that first answer was not a configured one.
    inPlaceToggleWord_ = Log::getToggleState("InPlaceMplsAdjacencyUpdate", false);
 
-   attachReactor(mplsStatusReactor_, mplsStatus_);
-   attachReactor(routingInfoReactor_, mplsRoutingInfo_);
-   attachReactor(lfibReactor_, transitLfib_);
-   attachReactor(trackingStatusReactor_, lfibTrackingStatus_);
-   attachReactor(hwStatusReactor_, mplsHwStatus_);
-   attachReactor(l3StatusReactor_, falL3Status_);
-   attachReactor(clockReactor_, clock_);
+   Kor::attachReactor(mplsStatusReactor_, mplsStatus_, *this);
+   Kor::attachReactor(routingInfoReactor_, mplsRoutingInfo_, *this);
+   Kor::attachReactor(lfibReactor_, transitLfib_, *this);
+   Kor::attachReactor(trackingStatusReactor_, lfibTrackingStatus_, *this);
+   Kor::attachReactor(hwStatusReactor_, mplsHwStatus_, *this);
+   Kor::attachReactor(l3StatusReactor_, falL3Status_, *this);
+   Kor::attachReactor(clockReactor_, clock_, *this);
    if (mplsHwStatus_) {
       // Copy: creating a reactor may call back into handlers that touch the collection.
       auto statuses = mplsHwStatus_->vrfStatusMap();
@@ -172,17 +155,10 @@ MplsSm::MplsSm(Kor::Ptr<const Mpls::Status> mplsStatus,
 }
 
 MplsSm::~MplsSm() {
-   // Nothing may reach a half-destroyed machine: every reactor goes dead first.
-   for (Kor::NotifieeBase* r : std::initializer_list<Kor::NotifieeBase*>{
-            mplsStatusReactor_.get(), routingInfoReactor_.get(), lfibReactor_.get(),
-            trackingStatusReactor_.get(), hwStatusReactor_.get(), l3StatusReactor_.get(),
-            hwFecIdResponseReactor_.get(), clockReactor_.get()}) {
-      if (r) {
-         r->deadIs(true);
-      }
-   }
+   Kor::silence(mplsStatusReactor_, routingInfoReactor_, lfibReactor_, trackingStatusReactor_,
+                hwStatusReactor_, l3StatusReactor_, hwFecIdResponseReactor_, clockReactor_);
    for (auto& [vrfId, reactor] : mplsHwVrfStatus_) {
-      reactor->deadIs(true);
+      Kor::silence(reactor);
    }
    initialized_ = false;
    mplsStateDelAll();
@@ -215,16 +191,16 @@ Kor::Ptr<MplsSm> MplsSmIs(Kor::Ptr<const Mpls::Status> mplsStatus,
 
 void MplsSm::hwFecIdResponseIs(Kor::Ptr<const FecIdToHwFecIdResponse> t) {
    hwFecIdResponse_ = std::move(t);
-   attachReactor(hwFecIdResponseReactor_, hwFecIdResponse_);
+   Kor::attachReactor(hwFecIdResponseReactor_, hwFecIdResponse_, *this);
 }
 
 // ---- Start-up.
 
 void MplsSm::handleInitialized() {
    SM_TRACE(8, "handleInitialized");
-   FAL_ASSERT(clock_, "clock_");
+   FAL_ASSERT(clock_);
    clock_->timeMinIs(Kor::Clock::never());
-   FAL_ASSERT(monitoredNhSm(), "monitoredNhSm()");
+   FAL_ASSERT(monitoredNhSm());
 
    // Whatever an earlier incarnation programmed is not ours to trust: clear it before anything.
    if (mplsHwConfig_) {
@@ -240,8 +216,7 @@ void MplsSm::handleInitialized() {
       routingHwMplsStatus_->routeDelAll();
    }
 
-   FAL_ASSERT(mplsStatus() && transitLfib() && mplsRoutingInfo() && mplsHwConfig(),
-              "mplsStatus() && transitLfib() && mplsRoutingInfo() && mplsHwConfig()");
+   FAL_ASSERT(mplsStatus() && transitLfib() && mplsRoutingInfo() && mplsHwConfig());
    handleMplsRouting(mplsRoutingInfo_->mplsRouting());
    handleNexthopResolutionAllowDefaultRoute();
 
@@ -443,7 +418,7 @@ void MplsSm::mplsHwVrfStatusIs(const Kor::Ptr<MplsHwVrfStatus>& status) {
    if (reactor && reactor->notifier() == status) {
       return;
    }
-   attachReactor(reactor, status);
+   Kor::attachReactor(reactor, status, *this);
    // A new reactor sees the state the status already has.
    handleHwRoutingEnabled(status->vrfId(), status->mplsRouting());
 }

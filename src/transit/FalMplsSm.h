@@ -125,6 +125,19 @@ class MplsSm : public Kor::Entity {
    Kor::Ptr<const MplsHwVrfStatus> falMplsHwVrfStatus(const L3::VrfName& vrf) const;
    Kor::Ptr<MplsHwVrfStatus> falMplsHwVrfStatusNonConst(const L3::VrfName& vrf);
 
+   // Whether the platform forwards into FIB FECs (both FEC tables given).
+   bool forwardingIntoExternalFecsSupported() const { return hwFecIdRequest_ && hwFecIdResponse_; }
+   // Whether L2 adjacencies are updated in place (the "InPlaceMplsAdjacencyUpdate" toggle).
+   bool inPlaceAdjacencyUpdateSupported();
+
+   // Where one route stands and what holds it back, read from the state without changing it
+   // (FalMplsSmExplain.cpp). Nothing is kept for it between calls.
+   TransitExplanation explainRoute(const Mpls::RouteKey& routeKey) const;
+
+ private:
+   // The tests' one way to the work methods below.
+   friend struct MplsSmTestAccess;
+
    // Start-up, routing switches, VRF names.
    void handleInitialized();
    void handleMplsRouting(bool routing);
@@ -205,7 +218,6 @@ class MplsSm : public Kor::Entity {
                       const L3AdjacencyPtr& backupAdj);
    void setHwAdjacencyVias(Mpls::Hardware::Adjacency& hwL3Adj,
                            const CachedLFibMplsViaColl& lFibVias);
-   bool inPlaceAdjacencyUpdateSupported();
 
    // Next hops and L2 adjacencies.
    Mpls::Hardware::L2ViaSet resolveNextHop(VrfMplsState& vrf, const L3AdjacencyPtr& l3Adj,
@@ -229,7 +241,6 @@ class MplsSm : public Kor::Entity {
    void handleNexthopResolutionAllowDefaultRoute();
 
    // FECs.
-   bool forwardingIntoExternalFecsSupported() const { return hwFecIdRequest_ && hwFecIdResponse_; }
    Memtab::Fib::FecId getOrAllocateMplsV4FecId(const Mpls::LfibViaSetKey& key, VrfMplsState& vrf);
    Memtab::Fib::Fec createMplsV4Fec(Memtab::Fib::FecId fecId, const CachedLFibMplsViaColl& lFibVias,
                                     Memtab::Fib::FecId backupFecId) const;
@@ -255,11 +266,6 @@ class MplsSm : public Kor::Entity {
    void processL2AdjPendingDelete(VrfMplsState& vrf, std::uint64_t index);
    void doDeleteL2Adj(VrfMplsState& vrf, std::uint64_t index);
 
-   // Where one route stands and what holds it back, read from the state without changing it
-   // (FalMplsSmExplain.cpp). Nothing is kept for it between calls.
-   TransitExplanation explainRoute(const Mpls::RouteKey& routeKey) const;
-
- private:
    class MplsStatusReactor;
    class RoutingInfoReactor;
    class LfibReactor;
@@ -288,8 +294,6 @@ class MplsSm : public Kor::Entity {
    MplsL2AdjacencyPtr tryInPlaceUpdate(VrfMplsState& vrf, const L3AdjacencyPtr& l3Adj,
                                        const Mpls::Hardware::L2ViaSet& l2ViaSet);
    void reviewPassEnded(double start);
-   template <class Reactor, class Input>
-   void attachReactor(std::unique_ptr<Reactor>& reactor, const Input& input);
    void refreshDefaultVrfId();
    void acceptRoute(VrfMplsState& vrf, const Mpls::RouteKey& routeKey);
    bool vrfKnown(const L3::VrfName& vrf) const;

@@ -92,7 +92,7 @@ void MplsSm::deleteL3Adj(VrfMplsState& vrf, std::uint64_t index) {
    }
    deleteL3AdjRefs(vrf, l3Adj);
    l3Adj->nextHopDelAll();
-   FAL_ASSERT(l3Adj->nextHops() == 0, "l3Adj->nextHops() == 0");
+   FAL_ASSERT(l3Adj->nextHops() == 0);
    unlinkL2Adj(vrf, l3Adj);
    if (ExternalFecInfoPtr info = l3Adj->extFecInfo()) {
       l3Adj->extFecInfoIs(nullptr);
@@ -133,7 +133,7 @@ bool MplsSm::l2AdjReferencedByConfig(VrfMplsState& vrf, const MplsL2Adjacency& l
 
 void MplsSm::maybeDeleteL2Adj(VrfMplsState& vrf, std::uint64_t index) {
    MplsL2AdjacencyPtr l2Adj = vrf.l2Adjacency(index);
-   FAL_ASSERT(l2Adj, "l2Adj");
+   FAL_ASSERT(l2Adj);
    if (l2Adj->l3Adjacencies() != 0) {
       vrf.l2AdjPendingForDeleteIs(index, false);
       return;
@@ -152,7 +152,7 @@ void MplsSm::maybeDeleteL2Adj(VrfMplsState& vrf, std::uint64_t index) {
 
 void MplsSm::processL2AdjPendingDelete(VrfMplsState& vrf, std::uint64_t index) {
    MplsL2AdjacencyPtr l2Adj = vrf.l2Adjacency(index);
-   FAL_ASSERT(l2Adj, "l2Adj");
+   FAL_ASSERT(l2Adj);
    if (l2Adj->l3Adjacencies() != 0) {
       vrf.l2AdjPendingForDeleteIs(index, false);
       return;

@@ -89,7 +89,7 @@ void MplsSm::requestHwFecIdAndUpdateDependencyMaps(Memtab::Fib::FecId fecId,
                                                    const Mpls::LfibViaSetKey& key) {
    SM_TRACE(8, vrf.vrfName() << " FecId " << fecId << " Fec " << fec << " L3Adjacency "
                              << l3Adj->index() << " LFibViaSetKey: " << key);
-   FAL_ASSERT(forwardingIntoExternalFecsSupported(), "forwardingIntoExternalFecsSupported()");
+   FAL_ASSERT(forwardingIntoExternalFecsSupported());
    ExternalFecInfoPtr info = vrf.extFecInfoIs(fecId);
    info->lFibViaSetKeyIs(key);
    if (l3Adj->extFecInfo() != info) {

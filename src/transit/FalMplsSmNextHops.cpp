@@ -129,8 +129,7 @@ Mpls::Hardware::L2ViaSet MplsSm::resolveNextHopWithMNHSM(VrfMplsState& vrf,
    SM_TRACE(8, "resolve nexthop with monitoredNhSm vrf " << vrfId << " nextHop " << nextHop
                                                          << " l3Intf " << via.intf() << " nVias "
                                                          << nVias << " l3 adj " << l3Adj->index());
-   FAL_ASSERT(nextHop.af() == Wire::ipv4() || nextHop.af() == Wire::ipv6(),
-              "nextHop.af() == Wire::ipv4() || nextHop.af() == Wire::ipv6()");
+   FAL_ASSERT(nextHop.af() == Wire::ipv4() || nextHop.af() == Wire::ipv6());
    watchNextHop(vrf, IpAddrIntfId(nextHop, via.intf()), l3Adj, false);
    Mpls::Hardware::L2ViaSet l2ViaSet;
    if (!info.resolved()) {
@@ -155,8 +154,7 @@ Mpls::Hardware::L2ViaSet MplsSm::resolveNextHopWithRR(VrfMplsState& vrf,
    SM_TRACE(8, "resolve nexthop with routeResolver vrf " << vrfId << " nextHop " << nextHop
                                                          << " nVias " << nVias << " l3 adj "
                                                          << l3Adj->index());
-   FAL_ASSERT(nextHop.af() == Wire::ipv4() || nextHop.af() == Wire::ipv6(),
-              "nextHop.af() == Wire::ipv4() || nextHop.af() == Wire::ipv6()");
+   FAL_ASSERT(nextHop.af() == Wire::ipv4() || nextHop.af() == Wire::ipv6());
    IpAddrIntfId nh(nextHop, Wire::IntfId());
    watchNextHop(vrf, nh, l3Adj, true);
    ResolvedNexthop resolved = nextHop.af() == Wire::ipv4()
@@ -194,7 +192,7 @@ MplsL2AdjacencyPtr MplsSm::processMplsIpL3Adj(VrfMplsState& vrf, const L3Adjacen
                                               const Mpls::LfibViaSet& viaSet,
                                               const CachedLFibMplsViaColl& vias) {
    L3AdjLFibAdjType lFibAdjType = findL3AdjLFibAdjType(&vias);
-   FAL_ASSERT(lFibAdjType == adjTypeRegular_, "lFibAdjType == adjTypeRegular_");
+   FAL_ASSERT(lFibAdjType == adjTypeRegular_);
    FAL_ASSERT(viaSet.backupViaSetKey() == Mpls::LfibViaSetKey(),
               "lFibViaSet.backupViaSetKey() == Mpls::LfibViaSetKey()");
    Kor::Ptr<Mpls::Hardware::Adjacency> hwAdj = routingHwMplsStatus_->adjacencyIs(l3Adj->index());

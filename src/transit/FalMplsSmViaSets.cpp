@@ -469,7 +469,7 @@ Mpls::LfibExtFecVia MplsSm::checkExtFecVia(const Mpls::LfibViaSetKey& key, ViaSe
 void MplsSm::processExtFecL3Adj(VrfMplsState& vrf, const L3AdjacencyPtr& l3Adj,
                                 const Mpls::LfibViaSetKey& key,
                                 const Mpls::LfibExtFecVia& extFecVia) {
-   FAL_ASSERT(forwardingIntoExternalFecsSupported(), "forwardingIntoExternalFecsSupported()");
+   FAL_ASSERT(forwardingIntoExternalFecsSupported());
    FAL_ASSERT(extFecVia.fecId().isValid(), "fecId.isValid()");
    cleanupL3AdjInfo(vrf, l3Adj, true, false);
    l3Adj->labelActionIs(extFecVia.labelAction());

@@ -43,4 +43,8 @@ TransitMachine::TransitMachine(const TransitTables& t) {
 
 TransitMachine::~TransitMachine() = default;
 
+TransitExplanation TransitMachine::explainRoute(const Mpls::RouteKey& routeKey) const {
+   return sm_->explainRoute(routeKey);
+}
+
 }  // namespace Fal

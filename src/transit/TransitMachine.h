@@ -18,6 +18,8 @@
 #include <mplsfwd/mpls/MplsStatus.h>
 #include <mplsfwd/mpls/RoutingInfo.h>
 
+#include "RouteExplanation.h"
+
 namespace Fal {
 
 class MplsSm;
@@ -67,7 +69,9 @@ class TransitMachine {
    TransitMachine(const TransitMachine&) = delete;
    TransitMachine& operator=(const TransitMachine&) = delete;
 
-   // The machine itself (include <mplsfwd/transit/FalMplsSm.h> to look inside).
+   // Where one route stands and what holds it back, read without changing anything.
+   TransitExplanation explainRoute(const Mpls::RouteKey& routeKey) const;
+   // The machine itself (its class is the library's own, not installed).
    const Kor::Ptr<MplsSm>& sm() const { return sm_; }
 
  private:

@@ -6,6 +6,7 @@
 #include <mplsfwd/kor/AttrOps.h>
 #include <mplsfwd/kor/Collections.h>
 #include <mplsfwd/kor/Entity.h>
+#include <mplsfwd/kor/KeyedAttr.h>
 #include <mplsfwd/l3/VrfName.h>
 
 #include "AdjacencyObjects.h"
@@ -33,57 +34,14 @@ class VrfMplsState : public Kor::Entity {
    const L3::VrfName& vrfName() const { return vrfName_; }
 
    // Owned collections: xIs(key) gets or creates.
-   Kor::Ptr<MplsRoute> route(const Mpls::RouteKey& k) const { return Kor::mapValueOr(route_, k); }
-   Kor::Ptr<MplsRoute> routeIs(const Mpls::RouteKey& k);
-   void routeDel(const Mpls::RouteKey& k) { route_.erase(k); }
-   void routeDelAll() { route_.clear(); }
-   std::size_t routes() const { return route_.size(); }
-   const RouteMap& routeMap() const { return route_; }
-
-   Kor::Ptr<MplsNextHop> mplsNextHop(const IpAddrIntfId& k) const {
-      return Kor::mapValueOr(mplsNextHop_, k);
-   }
-   Kor::Ptr<MplsNextHop> mplsNextHopIs(const IpAddrIntfId& k);
-   void mplsNextHopDel(const IpAddrIntfId& k) { mplsNextHop_.erase(k); }
-   std::size_t mplsNextHops() const { return mplsNextHop_.size(); }
-   const Map<IpAddrIntfId, Kor::Ptr<MplsNextHop>>& mplsNextHopMap() const { return mplsNextHop_; }
-
-   L3AdjacencyPtr l3Adjacency(std::uint64_t i) const { return Kor::mapValueOr(l3Adjacency_, i); }
-   L3AdjacencyPtr l3AdjacencyIs(std::uint64_t i);
-   void l3AdjacencyDel(std::uint64_t i) { l3Adjacency_.erase(i); }
-   std::size_t l3Adjacencies() const { return l3Adjacency_.size(); }
-   const Map<std::uint64_t, L3AdjacencyPtr>& l3AdjacencyMap() const { return l3Adjacency_; }
-
-   MplsL2AdjacencyPtr l2Adjacency(std::uint64_t i) const {
-      return Kor::mapValueOr(l2Adjacency_, i);
-   }
-   MplsL2AdjacencyPtr l2AdjacencyIs(std::uint64_t i);
-   void l2AdjacencyDel(std::uint64_t i) { l2Adjacency_.erase(i); }
-   std::size_t l2Adjacencies() const { return l2Adjacency_.size(); }
-   const Map<std::uint64_t, MplsL2AdjacencyPtr>& l2AdjacencyMap() const { return l2Adjacency_; }
-
-   ExternalFecInfoPtr extFecInfo(Memtab::Fib::FecId id) const {
-      return Kor::mapValueOr(extFecInfo_, id);
-   }
-   ExternalFecInfoPtr extFecInfoIs(Memtab::Fib::FecId id);
-   void extFecInfoDel(Memtab::Fib::FecId id) { extFecInfo_.erase(id); }
-   std::size_t extFecInfos() const { return extFecInfo_.size(); }
-   const Map<Memtab::Fib::FecId, ExternalFecInfoPtr>& extFecInfoMap() const { return extFecInfo_; }
+   MPLSFWD_OWNED_ATTR(route, routes, Mpls::RouteKey, Kor::Unobserved{})
+   MPLSFWD_OWNED_ATTR(mplsNextHop, mplsNextHops, IpAddrIntfId, Kor::Unobserved{})
+   MPLSFWD_OWNED_ATTR(l3Adjacency, l3Adjacencies, std::uint64_t, Kor::Unobserved{})
+   MPLSFWD_OWNED_ATTR(l2Adjacency, l2Adjacencies, std::uint64_t, Kor::Unobserved{})
+   MPLSFWD_OWNED_ATTR(extFecInfo, extFecInfos, Memtab::Fib::FecId, Kor::Unobserved{})
 
    // Plain maps.
-   bool lFibViaSetToL3AdjHas(const Mpls::LfibViaSetKey& k) const {
-      return lFibViaSetToL3Adj_.contains(k);
-   }
-   std::uint64_t lFibViaSetToL3Adj(const Mpls::LfibViaSetKey& k) const {
-      return Kor::mapValueOr(lFibViaSetToL3Adj_, k);
-   }
-   void lFibViaSetToL3AdjIs(const Mpls::LfibViaSetKey& k, std::uint64_t i) {
-      lFibViaSetToL3Adj_[k] = i;
-   }
-   void lFibViaSetToL3AdjDel(const Mpls::LfibViaSetKey& k) { lFibViaSetToL3Adj_.erase(k); }
-   const Map<Mpls::LfibViaSetKey, std::uint64_t>& lFibViaSetToL3AdjMap() const {
-      return lFibViaSetToL3Adj_;
-   }
+   MPLSFWD_KEYED_ATTR(lFibViaSetToL3Adj, lFibViaSetToL3Adjs, Mpls::LfibViaSetKey, Kor::Unobserved{})
 
    // A zero id counts as absent.
    bool lFibViaSetToFecIdHas(const Mpls::LfibViaSetKey& k) const {
@@ -205,12 +163,12 @@ class VrfMplsState : public Kor::Entity {
    }
 
    L3::VrfName vrfName_;
-   RouteMap route_;
-   Map<IpAddrIntfId, Kor::Ptr<MplsNextHop>> mplsNextHop_;
-   Map<std::uint64_t, L3AdjacencyPtr> l3Adjacency_;
-   Map<std::uint64_t, MplsL2AdjacencyPtr> l2Adjacency_;
-   Map<Memtab::Fib::FecId, ExternalFecInfoPtr> extFecInfo_;
-   Map<Mpls::LfibViaSetKey, std::uint64_t> lFibViaSetToL3Adj_;
+   Kor::KeyedAttr<RouteMap> route_;
+   Kor::KeyedAttr<Map<IpAddrIntfId, Kor::Ptr<MplsNextHop>>> mplsNextHop_;
+   Kor::KeyedAttr<Map<std::uint64_t, L3AdjacencyPtr>> l3Adjacency_;
+   Kor::KeyedAttr<Map<std::uint64_t, MplsL2AdjacencyPtr>> l2Adjacency_;
+   Kor::KeyedAttr<Map<Memtab::Fib::FecId, ExternalFecInfoPtr>> extFecInfo_;
+   Kor::KeyedAttr<Map<Mpls::LfibViaSetKey, std::uint64_t>> lFibViaSetToL3Adj_;
    Map<Mpls::LfibViaSetKey, Memtab::Fib::FecId> lFibViaSetToFecId_;
    Map<Mpls::LfibViaSetKey, Kor::HashSet<Mpls::LfibViaSetKey>> primariesAwaitingBackup_;
    RouteKeyQueue forPublish_;

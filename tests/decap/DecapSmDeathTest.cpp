@@ -3,6 +3,7 @@
 #include <cstdlib>
 
 #include "DecapTestSupport.h"
+#include "MplsDecapSmTestAccess.h"
 
 namespace {
 
@@ -31,24 +32,27 @@ TEST_F(DecapSmDeathTest, ImpossibleProgrammedTypeIsAnInternalError) {
    start();
    settle();
    sm->routeViaTypeIs(key(16), Mpls::viaTypeMplsIp_);
-   EXPECT_DEATH(sm->deleteRoute(key(16)), "^!\"Internal Error: Invalid via type\"\n");
+   EXPECT_DEATH(Fal::MplsDecapSmTestAccess::deleteRoute(*sm, key(16)),
+                "^!\"Internal Error: Invalid via type\"\n");
 }
 
 TEST_F(DecapSmDeathTest, CreatingOverAProgrammedKeyAndProcessingAKeyNotInTheBacklogAssert) {
    start();
    route(16, vlanVia(1, 10));
    settle();
-   EXPECT_DEATH(sm->createVlanVia(key(16), lfib->vlanVia(Mpls::LfibViaKey(Mpls::viaTypeVlan_, 1))),
+   EXPECT_DEATH(Fal::MplsDecapSmTestAccess::createVlanVia(
+                    *sm, key(16), lfib->vlanVia(Mpls::LfibViaKey(Mpls::viaTypeVlan_, 1))),
                 "^!routeViaTypeHas\\( routeKey \\)\n");
-   EXPECT_DEATH(sm->processRouteKeyBacklog(key(16)), "^backlogIter.isMemberOf\\( routeKey \\)\n");
+   EXPECT_DEATH(Fal::MplsDecapSmTestAccess::processRouteKeyBacklog(*sm, key(16)),
+                "^backlogIter.isMemberOf\\( routeKey \\)\n");
    // A VLAN-aware route recorded with one via cannot be created again with another.
    route(17, vlanAwareVia(2, 5));
    settle();
-   EXPECT_DEATH(
-       sm->createEvpnVlanAwareVia(
-           key(17), Mpls::LfibEvpnVlanAwareVia(Mpls::LfibViaKey(Mpls::viaTypeEvpnVlanAware_, 3),
+   EXPECT_DEATH(Fal::MplsDecapSmTestAccess::createEvpnVlanAwareVia(
+                    *sm, key(17),
+                    Mpls::LfibEvpnVlanAwareVia(Mpls::LfibViaKey(Mpls::viaTypeEvpnVlanAware_, 3),
                                                Mpls::LfibDot1qTagToVlanKey(5))),
-       "^routeEvpnVlanAwareVia\\( routeKey \\) == via\n");
+                "^routeEvpnVlanAwareVia\\( routeKey \\) == via\n");
 }
 
 TEST_F(DecapSmDeathTest, MissingInputsFailInitialization) {

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "DecapTestSupport.h"
+#include "MplsDecapSmTestAccess.h"
 
 namespace {
 
@@ -14,7 +15,7 @@ TEST_F(DecapUnprogrammed, NothingIsScheduledWhileTheListIsEmpty) {
    settle();
    EXPECT_FALSE(sm->reviewUnprogrammed()->pending());
    EXPECT_TRUE(traces.contains("no unprogrammed routes, nothing to review"));
-   sm->maybeScheduleUnprogrammedReview();
+   Fal::MplsDecapSmTestAccess::maybeScheduleUnprogrammedReview(*sm);
    EXPECT_FALSE(sm->reviewUnprogrammed()->pending());
    EXPECT_EQ(loop->nextWakeUp(), Loom::EventLoop::never());
 }

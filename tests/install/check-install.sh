@@ -18,6 +18,18 @@ if grep -rnE '^\s*#\s*define\s+[A-Za-z_]' "$prefix/include" | grep -vE '#\s*defi
   exit 1
 fi
 
+# Every header that an installed header includes is installed too.
+missing=0
+while IFS='|' read -r file kind path; do
+  if [[ $kind == '<' ]]; then target=$prefix/include/$path; else target=$(dirname "$file")/$path; fi
+  if [[ ! -f $target ]]; then
+    echo "$file includes $path, which is not installed" >&2
+    missing=1
+  fi
+done < <(grep -rE '^\s*#\s*include\s+(<mplsfwd/|")' "$prefix/include" |
+         sed -E 's/^([^:]*):\s*#\s*include\s+([<"])([^>"]*)[>"].*/\1|\2|\3/')
+[[ $missing == 0 ]]
+
 cmake -S "$consumer" -B "$scratch/build" -G Ninja -DCMAKE_PREFIX_PATH="$prefix" >/dev/null
 cmake --build "$scratch/build" >/dev/null
 out=$("$scratch/build/consumer")

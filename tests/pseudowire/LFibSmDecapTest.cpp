@@ -2,6 +2,13 @@
 
 #include <mplsfwd/mpls/FibVia.h>
 
+namespace Fal {
+// The work method that the death test below drives directly.
+struct LFibSmTestAccess {
+   static void freeDecapFecId(LFibSm& sm, Memtab::Fib::FecId fecId) { sm.freeDecapFecId(fecId); }
+};
+}  // namespace Fal
+
 namespace PwTest {
 namespace {
 
@@ -283,10 +290,11 @@ TEST_F(LFibSmDecapTest, AdjacencyNamingNoPseudowireIsTracedAndSkipped) {
 
 TEST_F(LFibSmDecapTest, FreeingAFecThatIsStillRequestedIsAProgrammingError) {
    lfib->lfibRouteIs(pwRoute(100, 1));
-   EXPECT_DEATH(sm->freeDecapFecId(decapFecId(0)),
+   EXPECT_DEATH(Fal::LFibSmTestAccess::freeDecapFecId(*sm, decapFecId(0)),
                 "dstPortToHwFecIdRequest\\(\\)->hwFecIdRequest\\( fecId \\) == "
                 "Fal::HwFecIdRequest\\(\\)");
-   EXPECT_DEATH(sm->freeDecapFecId(FecId::fecIdForAdjType(Memtab::Fib::AdjType::fibAdj_, 1)),
+   EXPECT_DEATH(Fal::LFibSmTestAccess::freeDecapFecId(
+                    *sm, FecId::fecIdForAdjType(Memtab::Fib::AdjType::fibAdj_, 1)),
                 "fecId.adjType\\(\\) == Memtab::Fib::AdjType::pwDecapAdj_");
 }
 

@@ -2,6 +2,7 @@
 // backup via sets, the hardware FEC id hand-shake, the route helper, and the FEC id allocator.
 #include <gtest/gtest.h>
 
+#include "MplsSmTestAccess.h"
 #include "support/TransitTestCommon.h"
 
 namespace {
@@ -101,12 +102,12 @@ TEST_F(FecTest, AViaSetKeepsItsFecIdAndExternalIdsAreNeverFreed) {
    a.route(100, set);
    settleAndCheck(a);
    auto& state = *a.state();
-   Memtab::Fib::FecId first = a.sm->getOrAllocateMplsV4FecId(set, state);
-   EXPECT_EQ(a.sm->getOrAllocateMplsV4FecId(set, state), first);
+   Memtab::Fib::FecId first = Fal::MplsSmTestAccess::getOrAllocateMplsV4FecId(*a.sm, set, state);
+   EXPECT_EQ(Fal::MplsSmTestAccess::getOrAllocateMplsV4FecId(*a.sm, set, state), first);
    EXPECT_EQ(first, fecOf(set));
    EXPECT_EQ(a.sm->numAllocator()->status()->allocated(), 1u);
    // An id of another adjacency type is not this machine's to give back.
-   a.sm->freeMplsV4FecId(externalFec(first.index()), state);
+   Fal::MplsSmTestAccess::freeMplsV4FecId(*a.sm, externalFec(first.index()), state);
    EXPECT_TRUE(a.sm->numAllocator()->isAllocated(first.index()));
    EXPECT_EQ(fecOf(set), first);
 }

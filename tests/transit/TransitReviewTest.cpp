@@ -2,6 +2,7 @@
 // resource log messages, and time-boxed passes that yield.
 #include <gtest/gtest.h>
 
+#include "MplsSmTestAccess.h"
 #include "support/TransitTestCommon.h"
 
 namespace {
@@ -205,7 +206,7 @@ TEST_F(ReviewTest, ForcedReprogrammingRewritesEveryRouteWithANewVersion) {
    settleAndCheck(a);
    std::uint64_t version = a.configRoute(100).version();
    std::uint64_t writes = a.chip->routeWrites();
-   a.sm->doForceRouteReprogramming();
+   Fal::MplsSmTestAccess::doForceRouteReprogramming(*a.sm);
    settleAndCheck(a);
    EXPECT_GT(a.configRoute(100).version(), version);
    EXPECT_EQ(a.chip->routeWrites(), writes + 3);

@@ -42,10 +42,10 @@ RouteResolver::RouteResolver(Kor::Ptr<const Routing::Hardware::RouteStatus> rout
       routeStatusReactor_(*this),
       routeReactorConfigReactor_(*this),
       route6ReactorConfigReactor_(*this) {
-   FAL_ASSERT(routeStatus, "routeStatus");
-   FAL_ASSERT(routeReactorConfig, "routeReactorConfig");
-   FAL_ASSERT(route6ReactorConfig, "route6ReactorConfig");
-   FAL_ASSERT(l3Status_, "l3Status");
+   FAL_ASSERT(routeStatus);
+   FAL_ASSERT(routeReactorConfig);
+   FAL_ASSERT(route6ReactorConfig);
+   FAL_ASSERT(l3Status_);
    routeStatusReactor_.notifierIs(std::move(routeStatus));
    routeReactorConfigReactor_.notifierIs(std::move(routeReactorConfig));
    route6ReactorConfigReactor_.notifierIs(std::move(route6ReactorConfig));

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -7,6 +8,7 @@
 #include <mplsfwd/kor/AttrOps.h>
 #include <mplsfwd/kor/Collections.h>
 #include <mplsfwd/kor/Entity.h>
+#include <mplsfwd/kor/KeyedAttr.h>
 
 namespace {
 
@@ -29,25 +31,11 @@ class Table : public Kor::Entity {
          notify(&NotifieeConst::onEnabled);
       }
    }
-   std::string entry(int k) const { return Kor::mapValueOr(entry_, k); }
-   void entryIs(int k, const std::string& v) {
-      if (Kor::mapAssignIfChanged(entry_, k, v)) {
-         notify(&NotifieeConst::onEntry, k);
-      }
-   }
-   void entryDel(int k) {
-      if (entry_.erase(k)) {
-         notify(&NotifieeConst::onEntry, k);
-      }
-   }
-   void entryDelAll() {
-      Kor::deleteEachKey(entry_, [this](int k) { entryDel(k); });
-   }
-   std::size_t entries() const { return entry_.size(); }
+   MPLSFWD_KEYED_ATTR(entry, entries, int, [this](int k) { notify(&NotifieeConst::onEntry, k); })
 
  private:
    bool enabled_ = false;
-   Kor::OrderedMap<int, std::string> entry_;
+   Kor::KeyedAttr<Kor::OrderedMap<int, std::string>> entry_;
 };
 
 struct Recorder : Table::NotifieeConst {
@@ -76,31 +64,60 @@ TEST(EntityNotification, ScalarNotifiesOnlyOnRealChange) {
    EXPECT_EQ(r.enabled, 2);
 }
 
-TEST(EntityNotification, KeyedMutatorAndDeleteRules) {
-   auto t = Kor::make<Table>("t");
-   Recorder r(t);
-   t->entryIs(1, "a");
-   t->entryIs(1, "a");  // same value: silent
-   t->entryIs(1, "b");  // changed value: one notification
-   t->entryDel(7);      // absent: silent
-   EXPECT_EQ(r.keys, (std::vector<int>{1, 1}));
-   EXPECT_EQ(t->entry(7), "");  // absent key reads as the default value
-   t->entryDel(1);
-   EXPECT_EQ(r.keys.size(), 3u);
-   EXPECT_EQ(t->entries(), 0u);
-}
+// Each row: what is done to the keyed attribute, the keys notified in order, the entries left.
+struct KeyedCase {
+   const char* name;
+   std::function<void(Table&)> ops;
+   std::vector<int> notified;
+   std::size_t entries;
+};
 
-TEST(EntityNotification, DeleteAllNotifiesOncePerEntry) {
-   auto t = Kor::make<Table>("t");
-   for (int k : {3, 1, 2}) {
-      t->entryIs(k, "x");
+TEST(EntityNotification, KeyedAttributeRules) {
+   const std::vector<KeyedCase> cases = {
+       {"new entry", [](Table& t) { t.entryIs(1, "a"); }, {1}, 1},
+       {"same value is silent",
+        [](Table& t) {
+           t.entryIs(1, "a");
+           t.entryIs(1, "a");
+        },
+        {1},
+        1},
+       {"changed value",
+        [](Table& t) {
+           t.entryIs(1, "a");
+           t.entryIs(1, "b");
+        },
+        {1, 1},
+        1},
+       {"delete of an absent key is silent", [](Table& t) { t.entryDel(7); }, {}, 0},
+       {"delete",
+        [](Table& t) {
+           t.entryIs(1, "a");
+           t.entryDel(1);
+           t.entryDel(1);
+        },
+        {1, 1},
+        0},
+       {"delete-all goes entry by entry",
+        [](Table& t) {
+           for (int k : {3, 1, 2}) {
+              t.entryIs(k, "x");
+           }
+           t.entryDelAll();
+           t.entryDelAll();
+        },
+        {3, 1, 2, 1, 2, 3},
+        0},
+   };
+   for (const auto& c : cases) {
+      SCOPED_TRACE(c.name);
+      auto t = Kor::make<Table>("t");
+      Recorder r(t);
+      c.ops(*t);
+      EXPECT_EQ(r.keys, c.notified);
+      EXPECT_EQ(t->entries(), c.entries);
+      EXPECT_EQ(t->entry(7), "");  // an absent key reads as the default value
    }
-   Recorder r(t);
-   t->entryDelAll();
-   ASSERT_EQ(r.keys.size(), 3u);
-   EXPECT_EQ(r.keys, (std::vector<int>{1, 2, 3}));
-   t->entryDelAll();
-   EXPECT_EQ(r.keys.size(), 3u);
 }
 
 TEST(EntityNotification, ReactorRemovedDuringDeliveryIsNotCalledAgain) {

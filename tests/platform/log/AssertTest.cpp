@@ -22,6 +22,8 @@ TEST(AssertDeathTest, MacroFailsOnAFalseConditionWithItsText) {
                Eq("! (preUnprogrammed == 0 && delta == -1 )\n"));
    EXPECT_DEATH(FAL_ASSERT(false, std::string("Unimplemented ") + "createLabelToVlanMapping"),
                 Eq("Unimplemented createLabelToVlanMapping\n"));
+   EXPECT_EXIT(FAL_ASSERT(delta == -1 && preUnprogrammed != 0), ::testing::KilledBySignal(SIGABRT),
+               Eq("delta == -1 && preUnprogrammed != 0\n"));
 }
 
 TEST(AssertTest, TrueConditionPassesWithoutBuildingTheText) {
