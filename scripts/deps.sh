@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Installs the Debian packages that building, testing and running mplsfwd need, when missing.
 set -euo pipefail
-packages=(cmake ninja-build g++ libgtest-dev libgmock-dev libbenchmark-dev robin-map-dev nlohmann-json3-dev libcli11-dev pkg-config libpcap-dev tshark python3-scapy)
+packages=(cmake ninja-build g++ libgtest-dev libgmock-dev libbenchmark-dev robin-map-dev nlohmann-json3-dev libcli11-dev pkg-config libpcap-dev tshark python3-scapy ccache)
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")

@@ -11,7 +11,10 @@ seconds=${2:?usage: fuzz.sh TARGET SECONDS}
 shift 2
 build=${MPLSFWD_FUZZ_BUILD:-$root/build-fuzz}
 launcher=()
-command -v ccache >/dev/null && launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
+if command -v ccache >/dev/null; then
+  export CCACHE_BASEDIR=$root CCACHE_NOHASHDIR=1
+  launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
+fi
 if [ ! -f "$build/CMakeCache.txt" ]; then
   CXX=clang++ cmake -S "$root" -B "$build" -G Ninja -DMPLSFWD_FUZZ=ON -DMPLSFWD_BUILD_TESTS=OFF \
     -DMPLSFWD_BUILD_BENCH=OFF -DCMAKE_BUILD_TYPE=RelWithDebInfo "${launcher[@]}" >/dev/null
