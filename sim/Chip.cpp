@@ -215,15 +215,35 @@ void Chip::removeVrf(Fal::VrfId id) {
 }
 
 void Chip::run() {
-   // Answer in VRF order; work that arrives while answering waits for the next run.
-   auto work = std::move(dirty_);
-   dirty_.clear();
-   for (auto& [id, d] : work) {
-      answerVrf(id, d);
+   // Answer in VRF order; work that arrives while answering waits for the next run. The keys are
+   // taken out bit by bit, which leaves each VRF's bitmap allocated for the next run.
+   std::vector<std::pair<Fal::VrfId, Answer>> work;
+   for (auto& [id, d] : dirty_) {
+      if (d.empty()) {
+         continue;
+      }
+      Answer a;
+      a.routing = d.routing;
+      d.routing = false;
+      a.adjs.assign(d.adjs.begin(), d.adjs.end());
+      d.adjs.clear();
+      if (!d.routes.empty()) {
+         a.routes.reserve(d.routes.size());
+         for (const auto& key : d.routes) {
+            a.routes.push_back(key);
+         }
+         for (const auto& key : a.routes) {
+            d.routes.erase(key);
+         }
+      }
+      work.emplace_back(id, std::move(a));
+   }
+   for (auto& [id, a] : work) {
+      answerVrf(id, a);
    }
 }
 
-void Chip::answerVrf(Fal::VrfId id, Dirty& d) {
+void Chip::answerVrf(Fal::VrfId id, Answer& d) {
    auto config = config_->vrfConfig(id);
    if (!config) {
       return;
@@ -233,11 +253,10 @@ void Chip::answerVrf(Fal::VrfId id, Dirty& d) {
       status->mplsRoutingIs(config->mplsRouting());
    }
    // Deterministic order whatever the hash tables did: adjacencies by index, routes by label.
-   std::vector<Fal::L2AdjacencyPtr> adjs(d.adjs.begin(), d.adjs.end());
+   std::vector<Fal::L2AdjacencyPtr>& adjs = d.adjs;
    std::sort(adjs.begin(), adjs.end(),
              [](const auto& a, const auto& b) { return a->index() < b->index(); });
-   std::vector<Mpls::RouteKey> routes(d.routes.begin(), d.routes.end());
-   std::sort(routes.begin(), routes.end());
+   std::vector<Mpls::RouteKey>& routes = d.routes;
    // Deletions first, so that what they free serves the creations of the same answer.
    if (outOfOrder_) {
       std::erase_if(

@@ -114,10 +114,19 @@ class Chip {
  private:
    class ConfigReactor;
    class VrfReactor;
+   // What changed in one VRF since the last answer. Kept from one run to the next, so that the
+   // bit per label of its routes is allocated once, not at every run.
    struct Dirty {
       bool routing = false;
       Mpls::DenseRouteKeySet routes;
       Kor::HashSet<Fal::L2AdjacencyPtr> adjs;
+      bool empty() const { return !routing && routes.empty() && adjs.empty(); }
+   };
+   // What one run answers for one VRF, taken out of its Dirty: routes in label order.
+   struct Answer {
+      bool routing = false;
+      std::vector<Mpls::RouteKey> routes;
+      std::vector<Fal::L2AdjacencyPtr> adjs;
    };
    struct VrfState {
       std::unique_ptr<VrfReactor> reactor;
@@ -135,7 +144,7 @@ class Chip {
    void markAll(Fal::VrfId vrfId);
    void arm();
    void run();
-   void answerVrf(Fal::VrfId vrfId, Dirty& d);
+   void answerVrf(Fal::VrfId vrfId, Answer& a);
    void removeVrf(Fal::VrfId vrfId);
    void programAdjacency(Fal::VrfId vrfId, const Fal::MplsHwVrfConfig& config,
                          Fal::MplsHwVrfStatus& status, const Fal::L2AdjacencyPtr& adj);
