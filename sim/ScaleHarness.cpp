@@ -343,6 +343,9 @@ void ScaleHarness::measureRestart(ScaleResult& r) {
    const std::uint64_t adjDeletes = chip.adjacencyDeletes();
    const auto start = std::chrono::steady_clock::now();
    const double cpuStart = threadCpuSeconds();
+   // The platform keeps the hardware through the restart and sweeps what the new incarnation
+   // did not take back once it has converged.
+   agent_->chip().agentRestarting();
    agent_->restart();
    r.restarted = true;
    for (;;) {
@@ -356,6 +359,7 @@ void ScaleHarness::measureRestart(ScaleResult& r) {
          break;
       }
    }
+   agent_->chip().agentReconciled();
    r.restartRouteWrites = chip.routeWrites() - routeWrites;
    r.restartRouteDeletes = chip.routeDeletes() - routeDeletes;
    r.restartAdjacencyWrites = chip.adjacencyWrites() - adjWrites;
