@@ -11,6 +11,7 @@
 #include <mplsfwd/log/Trace.h>
 #include <mplsfwd/loom/EventLoop.h>
 #include <mplsfwd/loom/NumAllocator.h>
+#include <mplsfwd/mpls/LfibDecapVias.h>
 #include <mplsfwd/mpls/RouteKey.h>
 
 #include "FloorReporter.h"
@@ -124,6 +125,61 @@ void BM_RouteFillAndDrain(benchmark::State& state) {
 BENCHMARK(BM_RouteFillAndDrain<NodeRouteMap>)->Arg(1048560)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_RouteFillAndDrain<FlatRouteMap>)->Arg(1048560)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_RouteFillAndDrain<DenseRouteMap>)->Arg(1048560)->Unit(benchmark::kMillisecond);
+
+// A backlog of N route keys queued in scrambled order, then drained in key order the way the decap
+// machine's task walks it: take the first key at or after the last one handled, erase it. The
+// ordered set of nodes it was, against the bit per label it is. Time is per route.
+using OrderedBacklog = Kor::OrderedSet<Mpls::RouteKey>;
+using DenseBacklog = Mpls::DenseRouteKeySet;
+
+template <class Set>
+void BM_BacklogFillAndDrain(benchmark::State& state) {
+   const auto n = static_cast<std::uint32_t>(state.range(0));
+   auto keys = scrambledKeys(n);
+   for (auto _ : state) {
+      Set backlog;
+      for (std::uint32_t i = 0; i < n; ++i) {
+         backlog.insert(keys[i]);
+      }
+      auto it = backlog.begin();
+      while (it != backlog.end()) {
+         const Mpls::RouteKey k = *it;
+         backlog.erase(k);
+         it = backlog.upper_bound(k);
+      }
+      benchmark::DoNotOptimize(backlog.size());
+   }
+   state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations()) * n);
+}
+BENCHMARK(BM_BacklogFillAndDrain<OrderedBacklog>)->Arg(1048560)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_BacklogFillAndDrain<DenseBacklog>)->Arg(1048560)->Unit(benchmark::kMillisecond);
+
+// A table of vias (a decap route brings its own) filled with N vias and emptied again, the
+// node-based hash map against the open-addressing one. Time is per via.
+using NodeViaMap = Kor::HashMap<Mpls::LfibViaKey, Mpls::LfibVlanVia>;
+using FlatViaMap = Kor::FlatHashMap<Mpls::LfibViaKey, Mpls::LfibVlanVia>;
+
+template <class Map>
+void BM_ViaFillAndDrain(benchmark::State& state) {
+   const auto n = static_cast<std::uint32_t>(state.range(0));
+   auto keys = scrambledKeys(n);
+   for (auto _ : state) {
+      Map map;
+      for (std::uint32_t i = 0; i < n; ++i) {
+         Mpls::LfibViaKey key(Mpls::viaTypeVlan_, keys[i].topLabel().value(),
+                              Mpls::lfibSourceEvpn_);
+         map.try_emplace(key, Mpls::LfibVlanVia(key, Bridging::VlanId(100)));
+      }
+      for (std::uint32_t i = 0; i < n; ++i) {
+         map.erase(Mpls::LfibViaKey(Mpls::viaTypeVlan_, keys[i].topLabel().value(),
+                                    Mpls::lfibSourceEvpn_));
+      }
+      benchmark::DoNotOptimize(map.size());
+   }
+   state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations()) * n);
+}
+BENCHMARK(BM_ViaFillAndDrain<NodeViaMap>)->Arg(1048560)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_ViaFillAndDrain<FlatViaMap>)->Arg(1048560)->Unit(benchmark::kMillisecond);
 
 // One allocation and one release over the 32-bit range with a 10 s quarantine, time not moving:
 // the steady state of a FEC id allocator under churn.

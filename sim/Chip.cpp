@@ -215,15 +215,35 @@ void Chip::removeVrf(Fal::VrfId id) {
 }
 
 void Chip::run() {
-   // Answer in VRF order; work that arrives while answering waits for the next run.
-   auto work = std::move(dirty_);
-   dirty_.clear();
-   for (auto& [id, d] : work) {
-      answerVrf(id, d);
+   // Answer in VRF order; work that arrives while answering waits for the next run. The keys are
+   // taken out bit by bit, which leaves each VRF's bitmap allocated for the next run.
+   std::vector<std::pair<Fal::VrfId, Answer>> work;
+   for (auto& [id, d] : dirty_) {
+      if (d.empty()) {
+         continue;
+      }
+      Answer a;
+      a.routing = d.routing;
+      d.routing = false;
+      a.adjs.assign(d.adjs.begin(), d.adjs.end());
+      d.adjs.clear();
+      if (!d.routes.empty()) {
+         a.routes.reserve(d.routes.size());
+         for (const auto& key : d.routes) {
+            a.routes.push_back(key);
+         }
+         for (const auto& key : a.routes) {
+            d.routes.erase(key);
+         }
+      }
+      work.emplace_back(id, std::move(a));
+   }
+   for (auto& [id, a] : work) {
+      answerVrf(id, a);
    }
 }
 
-void Chip::answerVrf(Fal::VrfId id, Dirty& d) {
+void Chip::answerVrf(Fal::VrfId id, Answer& d) {
    auto config = config_->vrfConfig(id);
    if (!config) {
       return;
@@ -233,11 +253,10 @@ void Chip::answerVrf(Fal::VrfId id, Dirty& d) {
       status->mplsRoutingIs(config->mplsRouting());
    }
    // Deterministic order whatever the hash tables did: adjacencies by index, routes by label.
-   std::vector<Fal::L2AdjacencyPtr> adjs(d.adjs.begin(), d.adjs.end());
+   std::vector<Fal::L2AdjacencyPtr>& adjs = d.adjs;
    std::sort(adjs.begin(), adjs.end(),
              [](const auto& a, const auto& b) { return a->index() < b->index(); });
-   std::vector<Mpls::RouteKey> routes(d.routes.begin(), d.routes.end());
-   std::sort(routes.begin(), routes.end());
+   std::vector<Mpls::RouteKey>& routes = d.routes;
    // Deletions first, so that what they free serves the creations of the same answer.
    if (outOfOrder_) {
       std::erase_if(
@@ -278,6 +297,107 @@ void Chip::answerVrf(Fal::VrfId id, Dirty& d) {
    }
 }
 
+void Chip::agentRestarting() {
+   stale_.clear();
+   reconciling_ = true;
+   for (const auto& [id, status] : status_->vrfStatusMap()) {
+      Stale& stale = stale_[id];
+      // The via set of each adjacency, found once per adjacency rather than once per route.
+      Kor::HashMap<Fal::L2AdjacencyPtr, std::uint32_t> viaSetOf;
+      auto indexOf = [&](const Fal::L2AdjacencyPtr& adj) {
+         auto [known, fresh] = viaSetOf.try_emplace(adj, 0);
+         if (fresh) {
+            auto [it, added] = stale.viaSetIndex.try_emplace(
+                adj->l2ViaSet(), static_cast<std::uint32_t>(stale.viaSets.size()));
+            if (added) {
+               stale.viaSets.push_back(adj->l2ViaSet());
+            }
+            known->second = it->second;
+         }
+         return known->second;
+      };
+      for (const auto& [adj, n] : status->l2AdjacencyMap()) {
+         ++stale.adjs[adj->l2ViaSet()];
+         stale.adjPtrs.insert(adj);
+      }
+      for (const auto& [key, route] : status->routeMap()) {
+         if (const Fal::L2AdjacencyPtr& adj = route.l2Adjacency()) {
+            stale.routes[key] = indexOf(adj);
+         }
+      }
+   }
+}
+
+void Chip::agentReconciled() {
+   // What is still stale goes, except what the new incarnation never took out of the
+   // configuration: it is programmed as it was.
+   for (auto& [id, stale] : stale_) {
+      auto status = status_->vrfStatus(id);
+      for (const auto& adj : stale.adjPtrs) {
+         if (status && status->l2AdjacencyHas(adj)) {
+            auto it = stale.adjs.find(adj->l2ViaSet());
+            if (it != stale.adjs.end() && it->second > 0) {
+               --it->second;
+            }
+         }
+      }
+      for (const auto& [key, index] : stale.routes) {
+         if (!status || !status->routeHas(key)) {
+            ++routeDeletes_;
+         }
+      }
+      for (const auto& [viaSet, n] : stale.adjs) {
+         adjDeletes_ += n;
+      }
+   }
+   stale_.clear();
+   reconciling_ = false;
+}
+
+bool Chip::takeStaleRoute(Fal::VrfId id, const Mpls::RouteKey& key,
+                          const Fal::L2AdjacencyPtr& adj) {
+   if (!reconciling_) {
+      return false;
+   }
+   auto vrf = stale_.find(id);
+   if (vrf == stale_.end()) {
+      return false;
+   }
+   Stale& stale = vrf->second;
+   auto it = stale.routes.find(key);
+   if (it == stale.routes.end()) {
+      return false;
+   }
+   const bool same = adj && stale.viaSets[it->second] == adj->l2ViaSet();
+   stale.routes.erase(it);
+   // A stale route rewritten with other forwarding is a write; its stale entry is gone with it.
+   return same;
+}
+
+bool Chip::takeStaleAdjacency(Fal::VrfId id, const Fal::L2AdjacencyPtr& adj, bool present) {
+   if (!reconciling_) {
+      return false;
+   }
+   auto vrf = stale_.find(id);
+   if (vrf == stale_.end()) {
+      return false;
+   }
+   Stale& stale = vrf->second;
+   if (present) {
+      auto taken = stale.takenBack.find(adj);
+      return taken != stale.takenBack.end() && taken->second == adj->l2ViaSet();
+   }
+   stale.takenBack[adj] = adj->l2ViaSet();
+   auto it = stale.adjs.find(adj->l2ViaSet());
+   if (it == stale.adjs.end()) {
+      return false;
+   }
+   if (--it->second == 0) {
+      stale.adjs.erase(it);
+   }
+   return true;
+}
+
 bool Chip::takeRefusal(RefuseTarget target, Fal::UnprogrammedReason& reason) {
    std::size_t& left = target == RefuseTarget::routes ? refuseRoutes_ : refuseAdjs_;
    if (left == 0) {
@@ -307,7 +427,10 @@ void Chip::programAdjacency(Fal::VrfId id, const Fal::MplsHwVrfConfig& config,
    if (!config.l2AdjacencyHas(adj)) {
       if (present) {
          --adjsInHw_;
-         ++adjDeletes_;
+         // A stale adjacency stays in hardware until it is taken back or swept.
+         if (!reconciling_ || !stale_[id].adjPtrs.contains(adj)) {
+            ++adjDeletes_;
+         }
          status.l2AdjacencyDel(adj);
       }
       status.unprogrammedAdjacencyDel(adj);
@@ -337,7 +460,9 @@ void Chip::programAdjacency(Fal::VrfId id, const Fal::MplsHwVrfConfig& config,
    if (!present) {
       ++adjsInHw_;
    }
-   ++adjWrites_;
+   if (!takeStaleAdjacency(id, adj, present)) {
+      ++adjWrites_;
+   }
    status.l2AdjacencyIs(adj, count);
    status.unprogrammedAdjacencyDel(adj);
    vrf.adjReason.erase(adj);
@@ -363,7 +488,9 @@ void Chip::programRoute(Fal::VrfId id, const Fal::MplsHwVrfConfig& config,
    if (!route) {
       if (present) {
          --routesInHw_;
-         ++routeDeletes_;
+         if (!reconciling_ || !stale_[id].routes.contains(key)) {
+            ++routeDeletes_;
+         }
          status.routeDel(key);
       }
       // Only a listing this chip made is its to clear: a route that goes the FEC way is listed by
@@ -400,7 +527,9 @@ void Chip::programRoute(Fal::VrfId id, const Fal::MplsHwVrfConfig& config,
    if (!present) {
       ++routesInHw_;
    }
-   ++routeWrites_;
+   if (!takeStaleRoute(id, key, adj)) {
+      ++routeWrites_;
+   }
    status.routeIs(route);
    status.unprogrammedRouteDel(key);
    vrf.routeReason.erase(key);

@@ -104,6 +104,17 @@ class Chip {
    // True while configuration changes wait for their answer.
    bool busy() const { return task_->pending(); }
 
+   // An agent restart as the platform sees it. From agentRestarting() until agentReconciled(), an
+   // entry that the agent's configuration drops stays in hardware, marked stale, and an entry
+   // written again with the same forwarding (a route's label to an adjacency with the same next
+   // hops, MACs, VLANs, interfaces and labels; an adjacency with the same via set as a stale one)
+   // takes the stale entry back without a hardware write. agentReconciled() deletes what is still
+   // stale. Only the hardware operations (the counters) follow this: the status the agent reads
+   // is answered as always, and the forwarding model reads that status.
+   void agentRestarting();
+   void agentReconciled();
+   bool reconciling() const { return reconciling_; }
+
    // Counters of the operations carried out.
    std::uint64_t routeWrites() const { return routeWrites_; }
    std::uint64_t routeDeletes() const { return routeDeletes_; }
@@ -114,10 +125,19 @@ class Chip {
  private:
    class ConfigReactor;
    class VrfReactor;
+   // What changed in one VRF since the last answer. Kept from one run to the next, so that the
+   // bit per label of its routes is allocated once, not at every run.
    struct Dirty {
       bool routing = false;
       Mpls::DenseRouteKeySet routes;
       Kor::HashSet<Fal::L2AdjacencyPtr> adjs;
+      bool empty() const { return !routing && routes.empty() && adjs.empty(); }
+   };
+   // What one run answers for one VRF, taken out of its Dirty: routes in label order.
+   struct Answer {
+      bool routing = false;
+      std::vector<Mpls::RouteKey> routes;
+      std::vector<Fal::L2AdjacencyPtr> adjs;
    };
    struct VrfState {
       std::unique_ptr<VrfReactor> reactor;
@@ -135,7 +155,7 @@ class Chip {
    void markAll(Fal::VrfId vrfId);
    void arm();
    void run();
-   void answerVrf(Fal::VrfId vrfId, Dirty& d);
+   void answerVrf(Fal::VrfId vrfId, Answer& a);
    void removeVrf(Fal::VrfId vrfId);
    void programAdjacency(Fal::VrfId vrfId, const Fal::MplsHwVrfConfig& config,
                          Fal::MplsHwVrfStatus& status, const Fal::L2AdjacencyPtr& adj);
@@ -169,6 +189,27 @@ class Chip {
    std::uint64_t lateAnswers_ = 0;
    std::uint64_t routeWrites_ = 0;
    std::uint64_t routeDeletes_ = 0;
+   // What agentRestarting() found in hardware, per VRF, until agentReconciled().
+   struct Stale {
+      // The forwarding of each stale route, as an index into viaSets.
+      Mpls::DenseRouteMap<std::uint32_t> routes;
+      std::vector<Mpls::Hardware::L2ViaSet> viaSets;
+      Kor::HashMap<Mpls::Hardware::L2ViaSet, std::uint32_t> viaSetIndex;
+      // Stale adjacencies by via set: how many are left to take back.
+      Kor::HashMap<Mpls::Hardware::L2ViaSet, std::size_t> adjs;
+      Kor::HashSet<Fal::L2AdjacencyPtr> adjPtrs;
+      // Adjacencies written since the restart, with the via set written: a later write of the
+      // same via set (a new version of the same thing) changes no hardware.
+      Kor::HashMap<Fal::L2AdjacencyPtr, Mpls::Hardware::L2ViaSet> takenBack;
+   };
+   // True when the write of `key` to `adj` takes a stale entry back; drops the stale mark.
+   bool takeStaleRoute(Fal::VrfId id, const Mpls::RouteKey& key, const Fal::L2AdjacencyPtr& adj);
+   // True when the write of `adj` takes a stale adjacency back, or (`present`) writes again the
+   // via set written since the restart.
+   bool takeStaleAdjacency(Fal::VrfId id, const Fal::L2AdjacencyPtr& adj, bool present);
+   bool reconciling_ = false;
+   Kor::OrderedMap<Fal::VrfId, Stale> stale_;
+
    std::uint64_t adjWrites_ = 0;
    std::uint64_t adjDeletes_ = 0;
    std::uint64_t refusals_ = 0;

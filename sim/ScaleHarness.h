@@ -61,6 +61,7 @@ struct ScaleResult {
    // every mapping, and the longest run of the decap machine's backlog task (its slice is the
    // scheduler's quantum).
    double decapSeconds = 0.0;
+   double decapCpuSeconds = 0.0;
    double decapRoutesPerSecond = 0.0;
    double decapLongestRunMs = 0.0;
    std::uint64_t reviewPasses = 0;

@@ -170,9 +170,6 @@ void MplsDecapSm::doReviewRouteKeyBacklog() {
    SM_TRACE(8,
             "doReviewRouteKeyBacklog backlog " << lfibTrackingStatus_->routeKeyBacklogSet().size());
    const auto& backlog = lfibTrackingStatus_->routeKeyBacklogSet();
-   // A table that grows by a burst (the whole LFIB at start-up) is sized once here rather than
-   // rehashed under a later slice, where relinking every entry would overrun the time box.
-   routeViaType_.reserve(backlog.size());
    auto it = backlog.begin();
    while (it != backlog.end()) {
       if (reviewRouteKeyBacklog_->taskShouldYield()) {

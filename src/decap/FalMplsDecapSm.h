@@ -45,9 +45,10 @@ namespace Fal {
 // operation: hardware mappings outlive the machine, and a successor starts with empty bookkeeping.
 class MplsDecapSm : public Kor::Entity {
  public:
-   using RouteViaTypeMap = Kor::HashMap<Mpls::RouteKey, Mpls::LfibViaType>;
+   // Label-indexed: a million decap routes are the whole label space.
+   using RouteViaTypeMap = Mpls::DenseRouteMap<Mpls::LfibViaType>;
    template <class Via>
-   using RouteViaMap = Kor::HashMap<Mpls::RouteKey, Via>;
+   using RouteViaMap = Mpls::DenseRouteMap<Via>;
 
    static constexpr int reviewTaskPriority = 2;
    static constexpr double defaultRetryInterval = 5.0;

@@ -76,6 +76,17 @@ class DenseIndexSet {
 
    const_iterator begin() const { return const_iterator(this, nextFrom(0)); }
    const_iterator end() const { return const_iterator(this, kCapacity); }
+   // The first member not before `k`, and the first after it (end() when none); `k` itself need
+   // not be a member. A walk that resumes after the key it just handled costs, over a whole walk,
+   // one pass over the bitmap.
+   const_iterator lower_bound(const K& k) const {
+      const std::uint32_t i = Ix::index(k);
+      return const_iterator(this, i < kCapacity ? nextFrom(i) : kCapacity);
+   }
+   const_iterator upper_bound(const K& k) const {
+      const std::uint32_t i = Ix::index(k);
+      return const_iterator(this, i < kCapacity ? nextFrom(i + 1) : kCapacity);
+   }
 
    bool contains(const K& k) const {
       std::uint32_t i = Ix::index(k);

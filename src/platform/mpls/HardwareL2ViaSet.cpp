@@ -8,13 +8,23 @@ namespace Mpls::Hardware {
 
 void L2ViaSet::l2ViaIs(const L2Via& via, bool present) {
    if (present) {
-      members_.insert(via);
-   } else {
-      members_.erase(via);
+      if (members_.insert(via).second) {
+         hashed_ = false;
+      }
+   } else if (members_.erase(via) != 0) {
+      hashed_ = false;
    }
 }
 
 std::size_t L2ViaSet::hash() const {
+   if (!hashed_) {
+      hash_ = computeHash();
+      hashed_ = true;
+   }
+   return hash_;
+}
+
+std::size_t L2ViaSet::computeHash() const {
    std::size_t h = Kor::mixInt(members_.size());
    for (const L2Via& via : members_) {
       h = Kor::hashCombine(h, via.hash());

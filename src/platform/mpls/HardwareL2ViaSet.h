@@ -12,7 +12,9 @@ namespace Mpls::Hardware {
 
 // The resolved layer-2 vias of one L3 adjacency, kept in L2Via order. Two adjacencies whose
 // next hops resolve to equal sets share one hardware L2 adjacency, so equality, ordering and
-// hash look at every member in that order.
+// hash look at every member in that order. The hash is computed once per content and kept: the
+// sets are keys of the table that finds the adjacency to share, where a hash walked every
+// member's addresses and labels on every lookup, insertion and erasure.
 class L2ViaSet {
  public:
    using Members = Kor::OrderedSet<L2Via>;
@@ -22,14 +24,22 @@ class L2ViaSet {
    // Adds (true) or removes (false) one via.
    void l2ViaIs(const L2Via& via, bool present);
    bool l2Via(const L2Via& via) const { return members_.count(via) != 0; }
-   void l2ViaDelAll() { members_.clear(); }
+   void l2ViaDelAll() {
+      members_.clear();
+      hashed_ = false;
+   }
    std::size_t l2Vias() const { return members_.size(); }
    bool empty() const { return members_.empty(); }
    const Members& members() const { return members_; }
    Members::const_iterator begin() const { return members_.begin(); }
    Members::const_iterator end() const { return members_.end(); }
 
-   bool operator==(const L2ViaSet&) const = default;
+   bool operator==(const L2ViaSet& o) const {
+      if (hashed_ && o.hashed_ && hash_ != o.hash_) {
+         return false;
+      }
+      return members_ == o.members_;
+   }
    bool operator<(const L2ViaSet& o) const { return members_ < o.members_; }
    std::size_t hash() const;
 
@@ -37,7 +47,11 @@ class L2ViaSet {
    std::string stringValue() const;
 
  private:
+   std::size_t computeHash() const;
+
    Members members_;
+   mutable std::size_t hash_ = 0;
+   mutable bool hashed_ = false;
 };
 
 std::ostream& operator<<(std::ostream& os, const L2ViaSet& set);

@@ -2,10 +2,6 @@
 
 namespace Mpls {
 
-namespace {
-const LfibStatus::ViaSetKeySet emptyViaSetKeys;
-}  // namespace
-
 LfibRoute LfibStatus::lfibRoute(const RouteKey& key) const {
    auto it = route_.find(key);
    return it == route_.end() ? LfibRoute() : it->second;
@@ -85,9 +81,9 @@ void LfibStatus::viaSetDelAll() {
    Kor::deleteEachKey(viaSet_, [this](const LfibViaSetKey& k) { viaSetDel(k); });
 }
 
-const LfibStatus::ViaSetKeySet& LfibStatus::viaSetsOfVia(const LfibViaKey& key) const {
+LfibStatus::ViaSetKeysOfVia LfibStatus::viaSetsOfVia(const LfibViaKey& key) const {
    auto it = viaSetsOfVia_.find(key);
-   return it == viaSetsOfVia_.end() ? emptyViaSetKeys : it->second;
+   return ViaSetKeysOfVia(it == viaSetsOfVia_.end() ? nullptr : &it->second);
 }
 
 Kor::Ptr<LfibDot1qTagToVlan> LfibStatus::dot1qTagToVlanColl(
@@ -138,30 +134,46 @@ void LfibStatus::unindexRoute(const LfibRoute& route) {
    if (l.prev != kNoLink) {
       linkAt(l.prev).next = l.next;
    } else {
-      users->second.head = l.next;
+      Kor::valueOf(users).head = l.next;
    }
    if (l.next != kNoLink) {
       linkAt(l.next).prev = l.prev;
    }
-   if (--users->second.size == 0) {
+   if (--Kor::valueOf(users).size == 0) {
       routesOfViaSet_.erase(users);
    }
 }
 
 void LfibStatus::indexViaSet(const LfibViaSet& viaSet) {
    for (std::uint32_t i = 0; i < viaSet.vias(); ++i) {
-      viaSetsOfVia_[viaSet.via(LfibViaIndexRange(i))].insert(viaSet.key());
+      auto [it, inserted] = viaSetsOfVia_.try_emplace(viaSet.via(LfibViaIndexRange(i)));
+      Namers& namers = it.value();
+      if (inserted) {
+         namers.only = viaSet.key();
+      } else if (namers.many) {
+         namers.many->insert(viaSet.key());
+      } else if (!(namers.only == viaSet.key())) {
+         namers.many = std::make_unique<ViaSetKeySet>();
+         namers.many->insert(namers.only);
+         namers.many->insert(viaSet.key());
+      }
    }
 }
 
 void LfibStatus::unindexViaSet(const LfibViaSet& viaSet) {
    for (std::uint32_t i = 0; i < viaSet.vias(); ++i) {
       auto it = viaSetsOfVia_.find(viaSet.via(LfibViaIndexRange(i)));
-      if (it != viaSetsOfVia_.end()) {
-         it->second.erase(viaSet.key());
-         if (it->second.empty()) {
+      if (it == viaSetsOfVia_.end()) {
+         continue;
+      }
+      Namers& namers = it.value();
+      if (namers.many) {
+         namers.many->erase(viaSet.key());
+         if (namers.many->empty()) {
             viaSetsOfVia_.erase(it);
          }
+      } else if (namers.only == viaSet.key()) {
+         viaSetsOfVia_.erase(it);
       }
    }
 }

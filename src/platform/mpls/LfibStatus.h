@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
+#include <memory>
 
 #include <mplsfwd/kor/AttrOps.h>
 #include <mplsfwd/kor/Collections.h>
@@ -44,6 +45,7 @@ class LfibStatus : public Kor::Entity {
    using ViaSetMap = Kor::HashMap<LfibViaSetKey, LfibViaSet>;
    class RouteKeysOfViaSet;
    using ViaSetKeySet = Kor::HashSet<LfibViaSetKey>;
+   class ViaSetKeysOfVia;
    using Dot1qCollMap = Kor::HashMap<LfibDot1qTagToVlanKey, Kor::Ptr<LfibDot1qTagToVlan>>;
 
    explicit LfibStatus(Kor::Name name) : Kor::Entity(std::move(name)) {}
@@ -69,8 +71,9 @@ class LfibStatus : public Kor::Entity {
    void viaSetDel(const LfibViaSetKey& key);
    void viaSetDelAll();
    const ViaSetMap& viaSetMap() const { return viaSet_; }
-   // The via sets that name the via `key` (empty set when none).
-   const ViaSetKeySet& viaSetsOfVia(const LfibViaKey& key) const;
+   // The via sets that name the via `key` (empty when none). A view: valid until the via sets
+   // change.
+   ViaSetKeysOfVia viaSetsOfVia(const LfibViaKey& key) const;
 
    // Via tables, one per type.
    LfibMplsVia mplsVia(const LfibViaKey& k) const { return get(mplsVia_, k); }
@@ -139,8 +142,10 @@ class LfibStatus : public Kor::Entity {
    const Dot1qCollMap& dot1qTagToVlanCollMap() const { return dot1qColl_; }
 
  private:
+   // Open addressing: a decap route brings a via of its own, so these hold a million entries;
+   // nothing walks them, so their order does not matter.
    template <class V>
-   using ViaMap = Kor::HashMap<LfibViaKey, V>;
+   using ViaMap = Kor::FlatHashMap<LfibViaKey, V>;
    using Handler = void (NotifieeConst::*)(const LfibViaKey&);
 
    template <class V>
@@ -172,6 +177,13 @@ class LfibStatus : public Kor::Entity {
       std::uint32_t head = kNoLink;
       std::uint32_t size = 0;
    };
+   // The via sets naming one via. Nearly every via is named by one set (a decap route's via by
+   // its own), which is kept in place; a second one moves them into a hash set, kept until the
+   // last one goes, so a via's sets are walked in the order a hash set gives them.
+   struct Namers {
+      LfibViaSetKey only;
+      std::unique_ptr<ViaSetKeySet> many;
+   };
 
    Link& linkAt(std::uint32_t label);
    void indexRoute(const LfibRoute& route);
@@ -182,8 +194,8 @@ class LfibStatus : public Kor::Entity {
    RouteMap route_;
    ViaSetMap viaSet_;
    DenseRouteMap<Link> routeLink_;
-   Kor::HashMap<LfibViaSetKey, Users> routesOfViaSet_;
-   Kor::HashMap<LfibViaKey, ViaSetKeySet> viaSetsOfVia_;
+   Kor::FlatHashMap<LfibViaSetKey, Users> routesOfViaSet_;
+   Kor::FlatHashMap<LfibViaKey, Namers> viaSetsOfVia_;
    ViaMap<LfibMplsVia> mplsVia_;
    ViaMap<LfibExtFecVia> extFecVia_;
    ViaMap<LfibPwVia> pwVia_;
@@ -194,6 +206,51 @@ class LfibStatus : public Kor::Entity {
    ViaMap<LfibEvpnVlanAwareFloodVia> evpnVlanAwareFloodVia_;
    ViaMap<LfibEvpnEthernetSegmentFilterVia> evpnEthernetSegmentFilterVia_;
    Dot1qCollMap dot1qColl_;
+};
+
+// The via sets naming one via: the one kept in place, or the hash set.
+class LfibStatus::ViaSetKeysOfVia {
+ public:
+   class Iterator {
+    public:
+      using value_type = LfibViaSetKey;
+      using reference = const LfibViaSetKey&;
+      using difference_type = std::ptrdiff_t;
+      using iterator_category = std::forward_iterator_tag;
+      Iterator(const LfibViaSetKey* only, ViaSetKeySet::const_iterator it) : only_(only), it_(it) {}
+      const LfibViaSetKey& operator*() const { return only_ ? *only_ : *it_; }
+      Iterator& operator++() {
+         if (only_) {
+            only_ = nullptr;
+         } else {
+            ++it_;
+         }
+         return *this;
+      }
+      bool operator==(const Iterator& o) const { return only_ == o.only_ && it_ == o.it_; }
+
+    private:
+      const LfibViaSetKey* only_;
+      ViaSetKeySet::const_iterator it_;
+   };
+
+   explicit ViaSetKeysOfVia(const Namers* namers) : namers_(namers) {}
+   Iterator begin() const {
+      if (!namers_) {
+         return end();
+      }
+      return namers_->many ? Iterator(nullptr, namers_->many->begin())
+                           : Iterator(&namers_->only, ViaSetKeySet::const_iterator());
+   }
+   Iterator end() const {
+      return Iterator(nullptr, namers_ && namers_->many ? namers_->many->end()
+                                                        : ViaSetKeySet::const_iterator());
+   }
+   std::size_t size() const { return !namers_ ? 0 : namers_->many ? namers_->many->size() : 1; }
+   bool empty() const { return size() == 0; }
+
+ private:
+   const Namers* namers_;
 };
 
 // The routes of one via set, walked through the LFIB's links.

@@ -1,5 +1,7 @@
 #include "LfibTrackingSm.h"
 
+#include <vector>
+
 #include <mplsfwd/log/Trace.h>
 
 namespace Mpls {
@@ -75,7 +77,8 @@ void LfibTrackingSm::viaSetChanged(const LfibViaSetKey& key) {
 void LfibTrackingSm::viaChanged(const LfibViaKey& key) {
    TRACE9(trackingTrace, traceName_ << ": via " << key);
    // Copy: a consumer reacting to the backlog may change the LFIB under us.
-   auto viaSets = lfib_->viaSetsOfVia(key);
+   auto namers = lfib_->viaSetsOfVia(key);
+   const std::vector<LfibViaSetKey> viaSets(namers.begin(), namers.end());
    for (const auto& viaSetKey : viaSets) {
       viaSetChanged(viaSetKey);
    }

@@ -10,7 +10,9 @@ namespace Mpls {
 
 // Backlogs of LFIB keys that changed and still wait to be handled, filled by an LfibTrackingSm
 // and drained by a state machine, which deletes each key once handled. Ordered, so that a drain
-// that stops to yield resumes from the start of what is left in a stable order.
+// that stops to yield resumes from the start of what is left in a stable order. Route keys are
+// a bit per label (a whole LFIB queued is 128 KB and each key one bit operation), walked in
+// label order like the ordered set they replace.
 class LfibTrackingStatus : public Kor::Entity {
  public:
    class NotifieeConst : public Kor::Notifiee<LfibTrackingStatus> {
@@ -20,7 +22,7 @@ class LfibTrackingStatus : public Kor::Entity {
       virtual void onRouteKeyBacklog(const RouteKey&) {}
    };
    using ViaSetKeyBacklog = Kor::OrderedSet<LfibViaSetKey>;
-   using RouteKeyBacklog = Kor::OrderedSet<RouteKey>;
+   using RouteKeyBacklog = DenseRouteKeySet;
 
    explicit LfibTrackingStatus(Kor::Name name) : Kor::Entity(std::move(name)) {}
 

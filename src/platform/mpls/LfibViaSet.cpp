@@ -37,6 +37,48 @@ std::ostream& operator<<(std::ostream& os, const LfibViaIndexRange& index) {
    return os << index.value();
 }
 
+const LfibViaKey LfibViaSet::kNoVia;
+
+LfibViaSet::LfibViaSet(const LfibViaSet& o)
+    : key_(o.key_),
+      viaSetType_(o.viaSetType_),
+      vias_(o.vias_),
+      backupViaSetKey_(o.backupViaSetKey_),
+      inline_(o.inline_) {
+   if (o.spill_) {
+      spill_ = std::make_unique<LfibViaKey[]>(kMaxVias);
+      std::copy(o.spill_.get(), o.spill_.get() + kMaxVias, spill_.get());
+   }
+}
+
+LfibViaSet& LfibViaSet::operator=(const LfibViaSet& o) {
+   if (this != &o) {
+      LfibViaSet copy(o);
+      *this = std::move(copy);
+   }
+   return *this;
+}
+
+void LfibViaSet::spill() {
+   if (spill_) {
+      return;
+   }
+   spill_ = std::make_unique<LfibViaKey[]>(kMaxVias);
+   std::copy(inline_.begin(), inline_.end(), spill_.get());
+}
+
+void LfibViaSet::viaIs(LfibViaIndexRange index, const LfibViaKey& via) {
+   const std::uint32_t i = index.value();
+   if (!spill_ && i >= kInlineVias) {
+      spill();
+   }
+   if (spill_) {
+      spill_[i] = via;
+   } else {
+      inline_[i] = via;
+   }
+}
+
 LfibViaSet::LfibViaSet(const LfibViaSetKey& key, std::initializer_list<LfibViaKey> vias,
                        LfibViaSetType viaSetType)
     : key_(key), viaSetType_(viaSetType) {
@@ -48,7 +90,7 @@ LfibViaSet::LfibViaSet(const LfibViaSetKey& key, std::initializer_list<LfibViaKe
 void LfibViaSet::viaAppend(const LfibViaKey& via) {
    // The position is range-checked like any other, so a full set raises the position's error.
    LfibViaIndexRange position(vias_);
-   via_[position.value()] = via;
+   viaIs(position, via);
    ++vias_;
 }
 
@@ -62,7 +104,7 @@ void LfibViaSet::viasIs(std::uint32_t count) {
 bool LfibViaSet::operator==(const LfibViaSet& o) const {
    return key_ == o.key_ && viaSetType_ == o.viaSetType_ && vias_ == o.vias_ &&
           backupViaSetKey_ == o.backupViaSetKey_ &&
-          std::equal(via_.begin(), via_.begin() + vias_, o.via_.begin());
+          std::equal(viaData(), viaData() + vias_, o.viaData());
 }
 
 std::size_t LfibViaSet::hash() const {
@@ -70,7 +112,7 @@ std::size_t LfibViaSet::hash() const {
    h = Kor::hashCombine(h, viaSetType_);
    h = Kor::hashCombine(h, backupViaSetKey_.hash());
    for (std::uint32_t i = 0; i < vias_; ++i) {
-      h = Kor::hashCombine(h, via_[i].hash());
+      h = Kor::hashCombine(h, viaData()[i].hash());
    }
    return h;
 }
@@ -79,7 +121,7 @@ std::string LfibViaSet::stringValue() const {
    std::string s = "lFib viaSet " + key_.stringValue() + " viaSetType " +
                    Mpls::stringValue(viaSetType_) + " vias " + std::to_string(vias_);
    for (std::uint32_t i = 0; i < vias_; ++i) {
-      s += (i ? ", [" : ": [") + std::to_string(i) + "] " + via_[i].stringValue();
+      s += (i ? ", [" : ": [") + std::to_string(i) + "] " + viaData()[i].stringValue();
    }
    return s + " backup " + backupViaSetKey_.stringValue();
 }

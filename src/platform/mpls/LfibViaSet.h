@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <initializer_list>
 #include <iosfwd>
+#include <memory>
 #include <string>
 
 #include "LfibKeys.h"
@@ -39,9 +40,14 @@ std::ostream& operator<<(std::ostream& os, const LfibViaIndexRange& index);
 // and the via set to fall back to. A set with no vias is a valid record (the forwarding layers
 // reject it, not the record). Positions at or beyond vias() are not part of the set: equality
 // and text ignore whatever they hold.
+//
+// The first kInlineVias positions live in the record; writing a position past them moves all
+// 128 to one heap block. A decap route has a via set of one via of its own, so a million of them
+// are a million records: 128 positions in every record made each 1.6 KB.
 class LfibViaSet {
  public:
    static constexpr std::size_t kMaxVias = LfibViaIndexRange::max + 1;
+   static constexpr std::size_t kInlineVias = 4;
 
    LfibViaSet() = default;
    explicit LfibViaSet(const LfibViaSetKey& key, LfibViaSetType viaSetType = viaSetTypeUnknown_)
@@ -49,14 +55,25 @@ class LfibViaSet {
    // A set holding `vias` in positions 0 onwards; throws Kor::RangeError beyond 128 vias.
    LfibViaSet(const LfibViaSetKey& key, std::initializer_list<LfibViaKey> vias,
               LfibViaSetType viaSetType = viaSetTypeUnknown_);
+   LfibViaSet(const LfibViaSet& o);
+   LfibViaSet& operator=(const LfibViaSet& o);
+   LfibViaSet(LfibViaSet&&) noexcept = default;
+   LfibViaSet& operator=(LfibViaSet&&) noexcept = default;
+   ~LfibViaSet() = default;
 
    const LfibViaSetKey& key() const { return key_; }
    void keyIs(const LfibViaSetKey& v) { key_ = v; }
    LfibViaSetType viaSetType() const { return viaSetType_; }
    void viaSetTypeIs(LfibViaSetType v) { viaSetType_ = v; }
 
-   const LfibViaKey& via(LfibViaIndexRange index) const { return via_[index.value()]; }
-   void viaIs(LfibViaIndexRange index, const LfibViaKey& via) { via_[index.value()] = via; }
+   const LfibViaKey& via(LfibViaIndexRange index) const {
+      const std::uint32_t i = index.value();
+      if (spill_) {
+         return spill_[i];
+      }
+      return i < kInlineVias ? inline_[i] : kNoVia;
+   }
+   void viaIs(LfibViaIndexRange index, const LfibViaKey& via);
    // Appends a via at position vias(); throws Kor::RangeError when all 128 positions are used.
    void viaAppend(const LfibViaKey& via);
    std::uint32_t vias() const { return vias_; }
@@ -77,9 +94,16 @@ class LfibViaSet {
  private:
    LfibViaSetKey key_;
    LfibViaSetType viaSetType_ = viaSetTypeUnknown_;
-   std::array<LfibViaKey, kMaxVias> via_{};
+   static const LfibViaKey kNoVia;
+   const LfibViaKey* viaData() const { return spill_ ? spill_.get() : inline_.data(); }
+   // Moves the positions to the heap block; a no-op when they are there already.
+   void spill();
+
    std::uint32_t vias_ = 0;
    LfibViaSetKey backupViaSetKey_;
+   std::array<LfibViaKey, kInlineVias> inline_{};
+   // All kMaxVias positions, once one past the inline ones was written; null before.
+   std::unique_ptr<LfibViaKey[]> spill_;
 };
 
 std::ostream& operator<<(std::ostream& os, const LfibViaSet& viaSet);

@@ -163,7 +163,19 @@ TEST(DenseIndexSetTest, BehavesLikeAnOrderedSetUnderRandomChanges) {
          ASSERT_EQ(set.erase(Slot{k}), model.erase(k));
       }
       ASSERT_EQ(set.size(), model.size());
+      const std::uint32_t probe = rng() % 8192;
+      auto lower = model.lower_bound(probe);
+      auto upper = model.upper_bound(probe);
+      ASSERT_EQ(set.lower_bound(Slot{probe}) == set.end(), lower == model.end());
+      ASSERT_EQ(set.upper_bound(Slot{probe}) == set.end(), upper == model.end());
+      if (lower != model.end()) {
+         ASSERT_EQ((*set.lower_bound(Slot{probe})).v, *lower);
+      }
+      if (upper != model.end()) {
+         ASSERT_EQ((*set.upper_bound(Slot{probe})).v, *upper);
+      }
    }
+   EXPECT_EQ(set.upper_bound(Slot{8191}), set.end());
    std::vector<std::uint32_t> got;
    for (Slot s : set) {
       got.push_back(s.v);
