@@ -95,6 +95,7 @@ TEST_F(DecapSm, RemovedRouteIsDeletedOnceAndViaSetLossIsTraced) {
    start();
    route(16, vlanVia(1, 10));
    route(17, ipLookupVia(2, "red"));
+   route(18, vlanVia(3, 30));
    settle();
    helper->takeCalls();
 
@@ -128,6 +129,13 @@ TEST_F(DecapSm, RemovedRouteIsDeletedOnceAndViaSetLossIsTraced) {
    };
    ASSERT_NE(at("via set was deleted"), texts.end());
    EXPECT_LT(at("deleteIpLookupVia"), at("via set was deleted"));
+
+   // A via set written back empty, as it was before anything was set, reads as deleted too.
+   traces.clear();
+   lfib->viaSetIs(Mpls::LfibViaSet(Mpls::LfibViaSetKey(Mpls::viaTypeVlan_, 18)));
+   settle();
+   EXPECT_EQ(helper->takeCalls(), Calls{"deleteLabelToVlan(18,30,false)"});
+   EXPECT_TRUE(traces.contains("via set was deleted"));
    EXPECT_TRUE(sm->routeViaTypeMap().empty());
    expectConsistent();
 }
