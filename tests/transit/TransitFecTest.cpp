@@ -99,19 +99,26 @@ TEST_F(FecTest, RepublishingAnUnchangedFecWritesNothing) {
    EXPECT_EQ(writes.n, 2);
 }
 
-TEST_F(FecTest, DeletionWithdrawsTheFecAndItsNumberComesBackOnlyAfterTenSeconds) {
+TEST_F(FecTest, TheLastRouteOfAViaSetWithdrawsItsFecWhoseNumberComesBackOnlyAfterTenSeconds) {
    auto set1 = fibSet(1, {a.mplsVia(1, "10.0.0.2", kVlan10)});
    auto set2 = fibSet(2, {a.mplsVia(2, "10.0.1.2", kVlan20)});
    auto set3 = fibSet(3, {a.mplsVia(3, "10.0.0.2", kVlan10, 3000)});
    a.route(100, set1);
+   a.route(103, set1);
    settleAndCheck(a);
    Memtab::Fib::FecId first = fecOf(set1);
    ASSERT_TRUE(first.isValid());
    ASSERT_TRUE(a.helper->routeHas(TransitAgent::key(100)));
+   // The routes of one via set share its FEC.
+   EXPECT_EQ(a.state()->extFecInfo(first)->dependentRouteKeySet().size(), 2u);
+   EXPECT_EQ(a.fecRequest->fecMap().size(), 1u);
+   a.routeDel(103);
+   settleAndCheck(a);
+   EXPECT_TRUE(a.fecRequest->fecPtr(first));
 
    a.routeDel(100);
    settleAndCheck(a);
-   EXPECT_FALSE(a.helper->routeHas(TransitAgent::key(100)));
+   EXPECT_EQ(a.helper->routes(), 0u);
    EXPECT_FALSE(a.fecRequest->fecPtr(first));
    EXPECT_EQ(a.fecRequest->hwFecIdRequest(first), Fal::HwFecIdRequest());
    EXPECT_EQ(a.fecResponse->hwFecId(first), Fal::FecToHwFecId());
@@ -129,26 +136,6 @@ TEST_F(FecTest, DeletionWithdrawsTheFecAndItsNumberComesBackOnlyAfterTenSeconds)
    settleAndCheck(a);
    EXPECT_EQ(fecOf(set3).index(), first.index());
    EXPECT_TRUE(a.helper->routeHas(TransitAgent::key(102)));
-}
-
-TEST_F(FecTest, RoutesOfOneViaSetShareItsFecAndTheLastOneFreesIt) {
-   auto set = fibSet(1, {a.mplsVia(1, "10.0.0.2", kVlan10)});
-   a.route(100, set);
-   a.route(101, set);
-   settleAndCheck(a);
-   Memtab::Fib::FecId fecId = fecOf(set);
-   auto info = a.state()->extFecInfo(fecId);
-   ASSERT_TRUE(info);
-   EXPECT_EQ(info->dependentRouteKeySet().size(), 2u);
-   EXPECT_EQ(a.fecRequest->fecMap().size(), 1u);
-   a.routeDel(100);
-   settleAndCheck(a);
-   EXPECT_TRUE(a.fecRequest->fecPtr(fecId));
-   EXPECT_TRUE(a.helper->routeHas(TransitAgent::key(101)));
-   a.routeDel(101);
-   settleAndCheck(a);
-   EXPECT_TRUE(a.fecRequest->fecMap().empty());
-   EXPECT_EQ(a.helper->routes(), 0u);
 }
 
 TEST_F(FecTest, RegularViaSetsOfOtherSourcesStillUseHardwareAdjacencies) {
@@ -204,8 +191,8 @@ TEST_F(FecTest, HelperRefusalIsRecordedAsRouteFullAndRetried) {
 
 TEST_F(FecTest, ExternalFecViaSetForwardsIntoTheNamedFecWithoutOwningIt) {
    auto fecId = externalFec(77);
-   auto set = a.extFecViaSet(5, fecId);
-   a.route(100, set);
+   a.route(100, a.extFecViaSet(5, fecId));
+   a.route(101, a.extFecViaSet(6, fecId));  // a second via set into the same FEC
    settleAndCheck(a);
    ASSERT_TRUE(a.helper->routeHas(TransitAgent::key(100)));
    EXPECT_EQ(a.helper->routeMap().at(TransitAgent::key(100)).fecId, fecId.value());
@@ -216,26 +203,18 @@ TEST_F(FecTest, ExternalFecViaSetForwardsIntoTheNamedFecWithoutOwningIt) {
    EXPECT_FALSE(a.fecRequest->fecPtr(fecId));
    EXPECT_TRUE(a.state()->lFibViaSetToFecIdMap().empty());
    EXPECT_NE(a.state()->extFecInfo(fecId)->hwId(), 0u);
+   EXPECT_EQ(a.state()->extFecInfo(fecId)->dependentL3AdjacencySet().size(), 2u);
 
+   // The record and the request stay while one of the two uses the FEC.
    a.routeDel(100);
    settleAndCheck(a);
    EXPECT_FALSE(a.helper->routeHas(TransitAgent::key(100)));
-   EXPECT_EQ(a.fecRequest->hwFecIdRequest(fecId), Fal::HwFecIdRequest());
-   EXPECT_FALSE(a.state() && a.state()->extFecInfo(fecId));
-}
-
-TEST_F(FecTest, TwoExternalFecViaSetsIntoOneFecShareItsRecord) {
-   auto fecId = externalFec(78);
-   a.route(100, a.extFecViaSet(5, fecId));
-   a.route(101, a.extFecViaSet(6, fecId));
-   settleAndCheck(a);
-   auto info = a.state()->extFecInfo(fecId);
-   ASSERT_TRUE(info);
-   EXPECT_EQ(info->dependentL3AdjacencySet().size(), 2u);
-   a.routeDel(100);
-   settleAndCheck(a);
    EXPECT_EQ(a.fecRequest->hwFecIdRequest(fecId), Fal::HwFecIdRequest(fecId));
    EXPECT_TRUE(a.helper->routeHas(TransitAgent::key(101)));
+   a.routeDel(101);
+   settleAndCheck(a);
+   EXPECT_EQ(a.fecRequest->hwFecIdRequest(fecId), Fal::HwFecIdRequest());
+   EXPECT_FALSE(a.state() && a.state()->extFecInfo(fecId));
 }
 
 TEST_F(FecTest, ABackupViaSetIsReviewedFirstAndNamedInThePrimarysFec) {
