@@ -2,10 +2,33 @@
 
 #include <sstream>
 
+#include <mplsfwd/loom/EventLoop.h>
+#include <mplsfwd/loom/TimerWheel.h>
+
 namespace sim {
 
 DecapHelper::DecapHelper(const Kor::Name& name, Kor::Ptr<const Loom::TimerWheel> timerWheel)
-    : FalHelper::MplsDecapHelperWithDot1qMap(name, std::move(timerWheel)) {}
+    : FalHelper::MplsDecapHelperWithDot1qMap(name, timerWheel), wheel_(std::move(timerWheel)) {}
+
+void DecapHelper::logCall(std::string text) {
+   callTexts_.push_back(std::move(text));
+   callTimes_.push_back(wheel_->loop()->now());
+}
+
+std::vector<std::string> DecapHelper::takeCalls() {
+   std::vector<std::string> out;
+   out.swap(callTexts_);
+   callTimes_.clear();
+   return out;
+}
+
+namespace {
+
+std::string flag(bool b) {
+   return b ? "true" : "false";
+}
+
+}  // namespace
 
 Mpls::LfibHwProgrammingReturnCode DecapHelper::admit(bool present) {
    ++creates_;
@@ -13,6 +36,10 @@ Mpls::LfibHwProgrammingReturnCode DecapHelper::admit(bool present) {
       --refuse_;
       ++refusals_;
       return refuseRc_;
+   }
+   if (answer_ != Mpls::lfibHwProgrammingSuccess_) {
+      ++refusals_;
+      return answer_;
    }
    if (!present && mappings() >= capacity_) {
       ++refusals_;
@@ -32,6 +59,10 @@ Mpls::LfibHwProgrammingReturnCode DecapHelper::createLabelToVlanMapping(Wire::Mp
                                                                         Bridging::VlanId vlanId,
                                                                         bool flood) {
    ++calls_["create vlan"];
+   if (logCalls_) {
+      logCall("createLabelToVlan(" + label.stringValue() + "," + vlanId.stringValue() + "," +
+              flag(flood) + ")");
+   }
    auto rc = admit(vlan_.contains(label));
    if (rc == Mpls::lfibHwProgrammingSuccess_) {
       vlan_[label] = VlanMapping{vlanId, flood};
@@ -42,6 +73,10 @@ Mpls::LfibHwProgrammingReturnCode DecapHelper::createLabelToVlanMapping(Wire::Mp
 void DecapHelper::deleteLabelToVlanMapping(Wire::MplsLabel label, Bridging::VlanId vlanId,
                                            bool flood) {
    ++calls_["delete vlan"];
+   if (logCalls_) {
+      logCall("deleteLabelToVlan(" + label.stringValue() + "," + vlanId.stringValue() + "," +
+              flag(flood) + ")");
+   }
    ++deletes_;
    auto it = vlan_.find(label);
    if (it == vlan_.end()) {
@@ -59,6 +94,10 @@ void DecapHelper::deleteLabelToVlanMapping(Wire::MplsLabel label, Bridging::Vlan
 Mpls::LfibHwProgrammingReturnCode DecapHelper::createLabelDot1qToVlanMapping(
     Wire::MplsLabel label, Bridging::VlanId dot1qTag, Bridging::VlanIdOrNone vlanId, bool flood) {
    ++calls_["create dot1q"];
+   if (logCalls_) {
+      logCall("createLabelDot1qToVlan(" + label.stringValue() + "," + dot1qTag.stringValue() + "," +
+              vlanId.stringValue() + "," + flag(flood) + ")");
+   }
    Dot1qKey key(label, dot1qTag);
    auto rc = admit(dot1q_.contains(key));
    if (rc == Mpls::lfibHwProgrammingSuccess_) {
@@ -70,6 +109,10 @@ Mpls::LfibHwProgrammingReturnCode DecapHelper::createLabelDot1qToVlanMapping(
 void DecapHelper::deleteLabelDot1qToVlanMapping(Wire::MplsLabel label, Bridging::VlanId dot1qTag,
                                                 bool flood) {
    ++calls_["delete dot1q"];
+   if (logCalls_) {
+      logCall("deleteLabelDot1qToVlan(" + label.stringValue() + "," + dot1qTag.stringValue() + "," +
+              flag(flood) + ")");
+   }
    ++deletes_;
    auto it = dot1q_.find(Dot1qKey(label, dot1qTag));
    if (it == dot1q_.end()) {
@@ -87,6 +130,10 @@ void DecapHelper::deleteLabelDot1qToVlanMapping(Wire::MplsLabel label, Bridging:
 Mpls::LfibHwProgrammingReturnCode DecapHelper::createLabelToVrfMapping(
     Wire::MplsLabel label, L3::VrfName vrfName, Mpls::PayloadType payloadType) {
    ++calls_["create vrf"];
+   if (logCalls_) {
+      logCall("createLabelToVrf(" + label.stringValue() + "," + vrfName.stringValue() + "," +
+              std::to_string(unsigned(payloadType)) + ")");
+   }
    auto rc = admit(vrf_.contains(label));
    if (rc == Mpls::lfibHwProgrammingSuccess_) {
       vrf_[label] = VrfMapping{std::move(vrfName), payloadType};
@@ -97,6 +144,10 @@ Mpls::LfibHwProgrammingReturnCode DecapHelper::createLabelToVrfMapping(
 void DecapHelper::deleteLabelToVrfMapping(Wire::MplsLabel label, L3::VrfName vrfName,
                                           Mpls::PayloadType payloadType) {
    ++calls_["delete vrf"];
+   if (logCalls_) {
+      logCall("deleteLabelToVrf(" + label.stringValue() + "," + vrfName.stringValue() + "," +
+              std::to_string(unsigned(payloadType)) + ")");
+   }
    ++deletes_;
    auto it = vrf_.find(label);
    if (it == vrf_.end()) {

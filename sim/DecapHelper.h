@@ -5,6 +5,7 @@
 #include <limits>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include <mplsfwd/decap/MplsDecapHelperWithDot1qMap.h>
 #include <mplsfwd/kor/AttrOps.h>
@@ -36,11 +37,13 @@ struct Dot1qMapping {
 // can also name dot1q tables by small ids). The three tables share one capacity. A create of a
 // key already present rewrites it in place; a create that finds no room answers
 // lfibHwProgrammingResourceFull_; the next N creates can be made to fail with a chosen return
-// code. A delete removes its entry; a delete whose values differ from the entry's is counted as a
-// mismatch (a delete must carry the values of the create it undoes), and still removes it.
+// code, or every create from now on answer one (answerIs). A delete removes its entry; a delete
+// whose values differ from the entry's is counted as a mismatch (a delete must carry the values of
+// the create it undoes), and still removes it.
 //
 // Called synchronously by the decap state machine. Its tables are hardware: they survive a
-// restart of the agent's state machines.
+// restart of the agent's state machines. On demand it also logs the calls it receives, each as a
+// short text ("createLabelToVlan(16,10,true)") with the simulated time of the call.
 class DecapHelper : public FalHelper::MplsDecapHelperWithDot1qMap {
  public:
    static constexpr std::size_t unlimited() { return std::numeric_limits<std::size_t>::max(); }
@@ -72,6 +75,14 @@ class DecapHelper : public FalHelper::MplsDecapHelperWithDot1qMap {
       refuseRc_ = rc;
    }
    std::size_t refusalsLeft() const { return refuse_; }
+   // Every create answers `rc` from now on (lfibHwProgrammingSuccess_: as the tables say).
+   void answerIs(Mpls::LfibHwProgrammingReturnCode rc) { answer_ = rc; }
+
+   // With the log on, the calls received since it was last taken, oldest first, and their times.
+   void callLogIs(bool on) { logCalls_ = on; }
+   const std::vector<std::string>& callTexts() const { return callTexts_; }
+   const std::vector<double>& callTimes() const { return callTimes_; }
+   std::vector<std::string> takeCalls();
 
    std::size_t mappings() const { return vrf_.size() + vlan_.size() + dot1q_.size(); }
    const Kor::OrderedMap<Wire::MplsLabel, VrfMapping>& vrfMappingMap() const { return vrf_; }
@@ -89,6 +100,7 @@ class DecapHelper : public FalHelper::MplsDecapHelperWithDot1qMap {
  private:
    Mpls::LfibHwProgrammingReturnCode admit(bool present);
    void mismatch(std::string text);
+   void logCall(std::string text);
 
    Kor::OrderedMap<Wire::MplsLabel, VrfMapping> vrf_;
    Kor::OrderedMap<Wire::MplsLabel, VlanMapping> vlan_;
@@ -97,6 +109,11 @@ class DecapHelper : public FalHelper::MplsDecapHelperWithDot1qMap {
    std::size_t capacity_ = unlimited();
    std::size_t refuse_ = 0;
    Mpls::LfibHwProgrammingReturnCode refuseRc_ = Mpls::lfibHwProgrammingResourceFull_;
+   Mpls::LfibHwProgrammingReturnCode answer_ = Mpls::lfibHwProgrammingSuccess_;
+   Kor::Ptr<const Loom::TimerWheel> wheel_;
+   bool logCalls_ = false;
+   std::vector<std::string> callTexts_;
+   std::vector<double> callTimes_;
    std::uint64_t creates_ = 0;
    std::uint64_t deletes_ = 0;
    std::uint64_t refusals_ = 0;

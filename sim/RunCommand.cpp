@@ -81,6 +81,7 @@ int runScenarioCommand(const std::string& file, bool json, std::ostream& out, st
       return failWith(exitBadScenario, std::string("bad scenario: ") + e.what(), json, out, err);
    }
    Runner runner(scenario);
+   runner.invariantChecksIs(true);
    std::unique_ptr<Timeline> recorder;
    if (!timeline.empty()) {
       recorder = std::make_unique<Timeline>(runner.agent());

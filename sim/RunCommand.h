@@ -16,11 +16,11 @@ inline constexpr int exitRunError = 3;
 inline constexpr double kDefaultMaxWallSeconds = 60.0;
 
 // `mplsfwd-sim run FILE [--json] [--timeline CSV] [--max-wall SECONDS]`: loads and checks the
-// scenario, runs it, writes the report (text or one JSON document) to `out` and the failures or the
-// error to `err` (with --json, an error is also one JSON object {"error", "exitCode"} on `out`);
-// with a timeline path, also the counts of the hardware at every change (Timeline.h). Answers the
-// exit code. A run that takes more than maxWallSeconds of wall time ends the process with
-// exitRunError.
+// scenario, runs it with the transit invariants checked after every runUntilIdle, writes the report
+// (text or one JSON document) to `out` and the failures or the error to `err` (with --json, an
+// error is also one JSON object {"error", "exitCode"} on `out`); with a timeline path, also the
+// counts of the hardware at every change (Timeline.h). Answers the exit code. A run that takes more
+// than maxWallSeconds of wall time ends the process with exitRunError.
 int runScenarioCommand(const std::string& file, bool json, std::ostream& out, std::ostream& err,
                        const std::string& timeline = "",
                        double maxWallSeconds = kDefaultMaxWallSeconds);

@@ -103,8 +103,17 @@ void Runner::run(std::size_t lastStep) {
          ++expectations_;
       }
       step.run(*this);
+      if (invariantChecks_ && scenario_.config.transitInvariants && step.op == "runUntilIdle") {
+         checkTransitInvariants();
+      }
    }
    current_ = nullptr;
+}
+
+void Runner::checkTransitInvariants() {
+   for (auto& line : transitInvariantViolations(transitParts(*agent_, transitHistory_))) {
+      check(false, "transit invariant", "holds", line);
+   }
 }
 
 void Runner::check(bool ok, const std::string& what, const std::string& expected,

@@ -13,6 +13,7 @@
 #include "ControlPlane.h"
 #include "Forwarder.h"
 #include "Scenario.h"
+#include "TransitInvariants.h"
 
 namespace sim {
 
@@ -33,9 +34,11 @@ struct Failure {
 
 // Runs a parsed scenario: applies its config (toggles, trace settings) to the process, builds the
 // agent, runs every step in order and records each expectation that fails; it goes on after a
-// failure so that one run reports them all. The trace configuration, the toggles and the FastLog
-// state are process-wide; the runner puts the trace configuration back to the environment's, and
-// takes its toggles and the FastLog state back, when it goes.
+// failure so that one run reports them all. On demand (invariantChecksIs), whenever a step has let
+// the loop run until idle, it also checks the transit machine's whole-state invariants and records
+// each violation as a failure of that step ("transit invariant"). The trace configuration, the
+// toggles and the FastLog state are process-wide; the runner puts the trace configuration back to
+// the environment's, and takes its toggles and the FastLog state back, when it goes.
 class Runner {
  public:
    explicit Runner(const Scenario& scenario);
@@ -47,6 +50,9 @@ class Runner {
    // BudgetExceeded before a step that would move simulated time past the scenario's budget, and
    // lets a step's own exception through.
    void run(std::size_t lastStep = static_cast<std::size_t>(-1));
+   // Whether runUntilIdle steps are followed by the transit invariant check (off by default).
+   void invariantChecksIs(bool on) { invariantChecks_ = on; }
+
    // The step running now (null before and after the run); safe to read from another thread.
    const Step* currentStep() const { return current_.load(); }
 
@@ -85,6 +91,7 @@ class Runner {
    std::unique_ptr<Agent> agent_;
    std::unique_ptr<ControlPlane> controlPlane_;
    double now() const;
+   void checkTransitInvariants();
 
    Log::MemoryTraceSink traces_;
    std::vector<TimedLine> timed_;
@@ -95,6 +102,8 @@ class Runner {
    std::size_t checks_ = 0;
    std::size_t expectations_ = 0;
    ForwardResult lastPacket_;
+   bool invariantChecks_ = false;
+   AdjacencyIndexHistory transitHistory_;
 };
 
 }  // namespace sim

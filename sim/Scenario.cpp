@@ -1094,10 +1094,11 @@ ScenarioConfig parseConfig(const Json* j, const std::string& file) {
    if (!j) {
       return c;
    }
-   Fields f(*j, file + ": config",
-            {"capacity", "answerDelay", "fecAnswerDelay", "fecForwarding", "decap", "pseudowire",
-             "mplsRouting", "defaultVrfName", "toggles", "retryInterval", "decapRetryInterval",
-             "trace", "traceToStderr", "fastLog", "idleLimit", "routerMac", "ttlMode"});
+   Fields f(
+       *j, file + ": config",
+       {"capacity", "answerDelay", "fecAnswerDelay", "fecForwarding", "decap", "pseudowire",
+        "mplsRouting", "defaultVrfName", "toggles", "retryInterval", "decapRetryInterval", "trace",
+        "traceToStderr", "fastLog", "idleLimit", "routerMac", "ttlMode", "transitInvariants"});
    c.forwarder = forwarderOptionsFromConfig(f);
    if (const Json* cap = f.get("capacity")) {
       Fields cf(*cap, file + ": config.capacity",
@@ -1142,6 +1143,7 @@ ScenarioConfig parseConfig(const Json* j, const std::string& file) {
    c.traceToStderr = f.optBoolean("traceToStderr", false);
    c.fastLog = f.optBoolean("fastLog", false);
    c.idleLimit = f.optNumber("idleLimit", 0, 1e7).value_or(60.0);
+   c.transitInvariants = f.optBoolean("transitInvariants", true);
    return c;
 }
 

@@ -41,6 +41,8 @@ struct ScenarioConfig {
    bool fastLog = false;
    // The longest stretch of simulated time one runUntilIdle step may cover.
    double idleLimit = 60.0;
+   // Whether `mplsfwd-sim run` checks the transit invariants after each runUntilIdle step.
+   bool transitInvariants = true;
    // The router MAC and TTL mode of the packet steps' forwarding model.
    ForwarderOptions forwarder;
 };

@@ -120,14 +120,6 @@ TEST_F(HwVrfTables, DeleteAllNotifiesPerEntry) {
    EXPECT_EQ(vrf->l2Adjacencies(), 0u);
 }
 
-TEST_F(HwVrfTables, MplsRoutingScalar) {
-   vrf->mplsRoutingIs(false);
-   EXPECT_EQ(watch.routing, 0);
-   vrf->mplsRoutingIs(true);
-   vrf->mplsRoutingIs(true);
-   EXPECT_EQ(watch.routing, 1);
-}
-
 struct RootWatch : Fal::MplsHwConfig::NotifieeConst {
    using Fal::MplsHwConfig::NotifieeConst::NotifieeConst;
    void onVrfConfig(VrfId id) override { ids.push_back(id); }
@@ -171,21 +163,6 @@ TEST(MplsHwStatus, UnprogrammedBookkeeping) {
    vrf->unprogrammedAdjacencyDel(a);
    EXPECT_EQ(w.unprogAdjs, 2);
    EXPECT_FALSE(vrf->unprogrammedAdjacencyHas(a));
-}
-
-TEST(MplsHwStatus, CapabilityScalars) {
-   auto status = Fal::mplsHwStatusFactory("s");
-   struct W : Fal::MplsHwStatus::NotifieeConst {
-      using Fal::MplsHwStatus::NotifieeConst::NotifieeConst;
-      void onMaxEcmpSize() override { ++n; }
-      void onLfibCountersSupported() override { ++n; }
-      int n = 0;
-   } w(status);
-   status->maxEcmpSizeIs(0);
-   status->maxEcmpSizeIs(64);
-   status->lfibCountersSupportedIs(true);
-   status->lfibCountersSupportedIs(true);
-   EXPECT_EQ(w.n, 2);
 }
 
 }  // namespace

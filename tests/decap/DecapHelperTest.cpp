@@ -31,50 +31,6 @@ struct StubTest : ::testing::Test {
    Kor::Ptr<Loom::TimerWheel> wheel = Kor::make<Loom::TimerWheel>("wheel", loop);
 };
 
-TEST_F(StubTest, FreshStubReportsNeverCalled) {
-   auto helper = FalHelper::mplsDecapHelperStubFactory("stub", wheel);
-   ASSERT_TRUE(helper);
-   EXPECT_EQ(helper->name(), "stub");
-   auto* stub = dynamic_cast<MplsDecapHelperStub*>(helper.get());
-   ASSERT_NE(stub, nullptr);
-   const Wire::MplsLabel noLabel(0x100000);
-   const Bridging::VlanId one(1);
-
-   EXPECT_EQ(stub->createLabelToVlanRc(), 0u);
-   EXPECT_EQ(stub->createLabelToVlanCount(), 0u);
-   EXPECT_EQ(stub->createLabelToVlanLabel(), noLabel);
-   EXPECT_EQ(stub->createLabelToVlanVlanId(), one);
-   EXPECT_FALSE(stub->createLabelToVlanFlood());
-
-   EXPECT_EQ(stub->createLabelDot1qToVlanRc(), 0u);
-   EXPECT_EQ(stub->createLabelDot1qToVlanCount(), 0u);
-   EXPECT_EQ(stub->createLabelDot1qToVlanLabel(), noLabel);
-   EXPECT_EQ(stub->createLabelDot1qToVlanDot1qTag(), one);
-   EXPECT_TRUE(stub->createLabelDot1qToVlanVlanId().isNone());
-   EXPECT_FALSE(stub->createLabelDot1qToVlanFlood());
-
-   EXPECT_EQ(stub->deleteLabelDot1qToVlanCount(), 0u);
-   EXPECT_EQ(stub->deleteLabelDot1qToVlanLabel(), noLabel);
-   EXPECT_EQ(stub->deleteLabelDot1qToVlanDot1qTag(), one);
-   EXPECT_FALSE(stub->deleteLabelDot1qToVlanFlood());
-
-   EXPECT_EQ(stub->deleteLabelToVlanCount(), 0u);
-   EXPECT_EQ(stub->deleteLabelToVlanLabel(), noLabel);
-   EXPECT_EQ(stub->deleteLabelToVlanVlanId(), one);
-   EXPECT_FALSE(stub->deleteLabelToVlanFlood());
-
-   EXPECT_EQ(stub->createLabelToVrfRc(), 0u);
-   EXPECT_EQ(stub->createLabelToVrfCount(), 0u);
-   EXPECT_EQ(stub->createLabelToVrfLabel(), noLabel);
-   EXPECT_TRUE(stub->createLabelToVrfVrfName().empty());
-   EXPECT_EQ(stub->createLabelToVrfPayloadType(), 0u);
-
-   EXPECT_EQ(stub->deleteLabelToVrfCount(), 0u);
-   EXPECT_EQ(stub->deleteLabelToVrfLabel(), noLabel);
-   EXPECT_TRUE(stub->deleteLabelToVrfVrfName().empty());
-   EXPECT_EQ(stub->deleteLabelToVrfPayloadType(), 0u);
-}
-
 TEST_F(StubTest, EachOperationRecordsItsOwnGroupAndAnswersItsReturnCode) {
    auto stub = Kor::make<MplsDecapHelperStub>("stub", wheel);
    const Wire::MplsLabel l16(16), l17(17);
@@ -223,14 +179,6 @@ TEST_F(Dot1qMapTest, DeleteOfAnUnknownIdChangesNothing) {
    EXPECT_TRUE(helper->allocatedMapIdMap().empty());
    EXPECT_EQ(helper->numAllocator()->status()->allocated(), 0u);
    expectInverse();
-}
-
-TEST_F(StubTest, StubAllocatesDot1qIdsLikeItsBase) {
-   auto stub = Kor::make<MplsDecapHelperStub>("stub", wheel);
-   stub->handleInitialized();
-   const auto id = stub->createDot1qMapping(record(4));
-   EXPECT_TRUE(id.isValid());
-   EXPECT_EQ(stub->createDot1qMapping(record(4)), id);
 }
 
 // ---------------------------------------------------------------------------------------------

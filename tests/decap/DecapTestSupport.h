@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <deque>
 #include <optional>
 #include <string>
 #include <vector>
@@ -18,6 +17,7 @@
 #include <mplsfwd/mpls/LfibStatus.h>
 #include <mplsfwd/mpls/LfibTrackingSm.h>
 #include <mplsfwd/mpls/LfibTrackingStatus.h>
+#include <mplsfwd/sim/DecapHelper.h>
 
 namespace DecapTest {
 
@@ -28,90 +28,19 @@ inline Bridging::VlanId vlan(std::uint16_t v) {
    return Bridging::VlanId(v);
 }
 
-// The stub, logging every label operation in call order as a short text, with the time of the
-// call, and optionally answering a scripted sequence of return codes for dot1q creates.
-class RecordingStub : public FalHelper::MplsDecapHelperStub {
- public:
-   RecordingStub(const Kor::Name& name, Kor::Ptr<const Loom::TimerWheel> wheel)
-       : FalHelper::MplsDecapHelperStub(name, wheel), wheel_(std::move(wheel)) {}
-
-   Mpls::LfibHwProgrammingReturnCode createLabelToVlanMapping(Wire::MplsLabel label,
-                                                              Bridging::VlanId vlanId,
-                                                              bool flood) override {
-      log("createLabelToVlan(" + label.stringValue() + "," + vlanId.stringValue() + "," +
-          flag(flood) + ")");
-      return MplsDecapHelperStub::createLabelToVlanMapping(label, vlanId, flood);
-   }
-   void deleteLabelToVlanMapping(Wire::MplsLabel label, Bridging::VlanId vlanId,
-                                 bool flood) override {
-      log("deleteLabelToVlan(" + label.stringValue() + "," + vlanId.stringValue() + "," +
-          flag(flood) + ")");
-      MplsDecapHelperStub::deleteLabelToVlanMapping(label, vlanId, flood);
-   }
-   Mpls::LfibHwProgrammingReturnCode createLabelDot1qToVlanMapping(Wire::MplsLabel label,
-                                                                   Bridging::VlanId dot1qTag,
-                                                                   Bridging::VlanIdOrNone vlanId,
-                                                                   bool flood) override {
-      log("createLabelDot1qToVlan(" + label.stringValue() + "," + dot1qTag.stringValue() + "," +
-          vlanId.stringValue() + "," + flag(flood) + ")");
-      auto rc = MplsDecapHelperStub::createLabelDot1qToVlanMapping(label, dot1qTag, vlanId, flood);
-      if (!dot1qRcs.empty()) {
-         rc = dot1qRcs.front();
-         dot1qRcs.pop_front();
-      }
-      return rc;
-   }
-   void deleteLabelDot1qToVlanMapping(Wire::MplsLabel label, Bridging::VlanId dot1qTag,
-                                      bool flood) override {
-      log("deleteLabelDot1qToVlan(" + label.stringValue() + "," + dot1qTag.stringValue() + "," +
-          flag(flood) + ")");
-      MplsDecapHelperStub::deleteLabelDot1qToVlanMapping(label, dot1qTag, flood);
-   }
-   Mpls::LfibHwProgrammingReturnCode createLabelToVrfMapping(
-       Wire::MplsLabel label, L3::VrfName vrfName, Mpls::PayloadType payloadType) override {
-      log("createLabelToVrf(" + label.stringValue() + "," + vrfName.stringValue() + "," +
-          std::to_string(unsigned(payloadType)) + ")");
-      return MplsDecapHelperStub::createLabelToVrfMapping(label, vrfName, payloadType);
-   }
-   void deleteLabelToVrfMapping(Wire::MplsLabel label, L3::VrfName vrfName,
-                                Mpls::PayloadType payloadType) override {
-      log("deleteLabelToVrf(" + label.stringValue() + "," + vrfName.stringValue() + "," +
-          std::to_string(unsigned(payloadType)) + ")");
-      MplsDecapHelperStub::deleteLabelToVrfMapping(label, vrfName, payloadType);
-   }
-
-   // The calls since the last take, and forget them.
-   std::vector<std::string> take() {
-      std::vector<std::string> out;
-      out.swap(calls);
-      times.clear();
-      return out;
-   }
-
-   std::vector<std::string> calls;
-   std::vector<double> times;
-   std::deque<Mpls::LfibHwProgrammingReturnCode> dot1qRcs;
-
- private:
-   static std::string flag(bool b) { return b ? "true" : "false"; }
-   void log(std::string text) {
-      calls.push_back(std::move(text));
-      times.push_back(wheel_->loop()->now());
-   }
-   Kor::Ptr<const Loom::TimerWheel> wheel_;
-};
-
 using Calls = std::vector<std::string>;
 
 // One agent's worth of decap: simulated event loop, LFIB with its tracking state machine (route
-// keys only), LFIB hardware status, a recording stub helper and, once start() is called, the
-// decap state machine. Traces of "MplsDecapSm" are captured at every level.
+// keys only), LFIB hardware status, the simulated platform's decap helper logging its calls and,
+// once start() is called, the decap state machine. Traces of "MplsDecapSm" are captured at every
+// level.
 class DecapFixture : public ::testing::Test {
  protected:
    void SetUp() override {
       Log::TraceConfig::configIs("MplsDecapSm/0-9");
       traceScope.emplace(traces);
-      helper = Kor::make<RecordingStub>("stub", wheel);
+      helper = Kor::make<sim::DecapHelper>("helper", wheel);
+      helper->callLogIs(true);
       helper->handleInitialized();
       trackingSm = Kor::make<Mpls::LfibTrackingSm>(lfib, tracking, Mpls::lfibTrackingRoutes_,
                                                    "DecapTracking");
@@ -234,7 +163,7 @@ class DecapFixture : public ::testing::Test {
    Kor::Ptr<Mpls::LfibTrackingStatus> tracking = Kor::make<Mpls::LfibTrackingStatus>("tracking");
    Kor::Ptr<Mpls::LfibHwStatus> hwStatus = Kor::make<Mpls::LfibHwStatus>("lfibHwStatus");
    Kor::Ptr<Mpls::LfibTrackingSm> trackingSm;
-   Kor::Ptr<RecordingStub> helper;
+   Kor::Ptr<sim::DecapHelper> helper;
    Kor::Ptr<Fal::MplsDecapSm> sm;
 };
 

@@ -34,7 +34,7 @@ struct DecapVlanAware : DecapFixture {
 
 TEST_F(DecapVlanAware, TwoRoutesOnOneCollectionGetOneMappingPerTagEach) {
    twoRoutesOnOneCollection();
-   const Calls calls = helper->take();
+   const Calls calls = helper->takeCalls();
    ASSERT_EQ(calls.size(), 4u);
    EXPECT_EQ(sorted(Calls(calls.begin(), calls.begin() + 2)),
              (Calls{"createLabelDot1qToVlan(16,10,100,false)",
@@ -56,12 +56,12 @@ TEST_F(DecapVlanAware, TwoRoutesOnOneCollectionGetOneMappingPerTagEach) {
 
 TEST_F(DecapVlanAware, ChangedTagIsDeletedThenCreatedPerRouteAndTheOtherTagIsLeftAlone) {
    twoRoutesOnOneCollection();
-   helper->take();
+   helper->takeCalls();
    traces.clear();
    coll(5)->dot1qTagToVlanIdIs(vlan(10), Bridging::VlanIdOrNone(vlan(101)));
    // Handled at once by the collection's reactor, in route order.
    EXPECT_EQ(
-       helper->take(),
+       helper->takeCalls(),
        (Calls{"deleteLabelDot1qToVlan(16,10,false)", "createLabelDot1qToVlan(16,10,101,false)",
               "deleteLabelDot1qToVlan(17,10,true)", "createLabelDot1qToVlan(17,10,101,true)"}));
    EXPECT_EQ(traces.count(" dot1qTag 20 vlanId 200 : Already Programmed "), 2u);
@@ -72,17 +72,17 @@ TEST_F(DecapVlanAware, ChangedTagIsDeletedThenCreatedPerRouteAndTheOtherTagIsLef
 
 TEST_F(DecapVlanAware, RemovedTagIsDeletedPerRouteAndNothingElse) {
    twoRoutesOnOneCollection();
-   helper->take();
+   helper->takeCalls();
    coll(5)->dot1qTagToVlanIdDel(vlan(20));
-   EXPECT_EQ(helper->take(),
+   EXPECT_EQ(helper->takeCalls(),
              (Calls{"deleteLabelDot1qToVlan(16,20,false)", "deleteLabelDot1qToVlan(17,20,true)"}));
    EXPECT_FALSE(programmed(16)->dot1qTagToVlanIdHas(vlan(20)));
    EXPECT_TRUE(programmed(16)->dot1qTagToVlanIdHas(vlan(10)));
    EXPECT_EQ(programmed(17)->dot1qTags(), 1u);
    // An added tag is programmed for every route.
    coll(5)->dot1qTagToVlanIdIs(vlan(30), Bridging::VlanIdOrNone(vlan(300)));
-   EXPECT_EQ(helper->take(), (Calls{"createLabelDot1qToVlan(16,30,300,false)",
-                                    "createLabelDot1qToVlan(17,30,300,true)"}));
+   EXPECT_EQ(helper->takeCalls(), (Calls{"createLabelDot1qToVlan(16,30,300,false)",
+                                         "createLabelDot1qToVlan(17,30,300,true)"}));
    expectConsistent();
 }
 
@@ -91,13 +91,13 @@ TEST_F(DecapVlanAware, WholeCollectionEventIsDeleteAllThenCreateAll) {
    start();
    route(16, vlanAwareVia(1, 5));
    settle();
-   helper->take();
+   helper->takeCalls();
 
    Mpls::LfibDot1qTagToVlan::TagMap replacement;
    replacement[vlan(10)] = Bridging::VlanIdOrNone(vlan(100));
    replacement[vlan(30)] = Bridging::VlanIdOrNone(vlan(300));
    coll(5)->dot1qTagToVlanIdIs(replacement);
-   const Calls calls = helper->take();
+   const Calls calls = helper->takeCalls();
    ASSERT_EQ(calls.size(), 4u);
    EXPECT_EQ(sorted(Calls(calls.begin(), calls.begin() + 2)),
              (Calls{"deleteLabelDot1qToVlan(16,10,false)", "deleteLabelDot1qToVlan(16,20,false)"}));
@@ -115,10 +115,10 @@ TEST_F(DecapVlanAware, WholeCollectionEventIsDeleteAllThenCreateAll) {
 TEST_F(DecapVlanAware, RefusalAtTheSecondOfThreeTagsStopsTheWalkAndListsTheRoute) {
    collection(6, {{1, 11}, {2, 12}, {3, 13}});
    start();
-   helper->dot1qRcs = {Mpls::lfibHwProgrammingSuccess_, Mpls::lfibHwProgrammingResourceFull_};
+   helper->capacityIs(1);  // room for the first tag only
    route(30, vlanAwareVia(1, 6));
    settle();
-   const Calls calls = helper->take();
+   const Calls calls = helper->takeCalls();
    ASSERT_EQ(calls.size(), 2u);  // the third tag is not tried
    // The first tag stays programmed, the refused one is not.
    ASSERT_TRUE(programmed(30));
@@ -132,8 +132,9 @@ TEST_F(DecapVlanAware, RefusalAtTheSecondOfThreeTagsStopsTheWalkAndListsTheRoute
    EXPECT_EQ(sm->routeViaType(key(30)), Mpls::viaTypeEvpnVlanAware_);
    ASSERT_TRUE(sm->reviewUnprogrammed()->pending());
 
+   helper->capacityIs(sim::DecapHelper::unlimited());
    loop->advance(5.0);
-   const Calls retry = helper->take();
+   const Calls retry = helper->takeCalls();
    ASSERT_EQ(retry.size(), 4u);
    EXPECT_EQ(retry[0], "deleteLabelDot1qToVlan(30," + firstTag.stringValue() + ",false)");
    EXPECT_EQ(
@@ -149,7 +150,7 @@ TEST_F(DecapVlanAware, RouteWaitsForItsCollectionWithoutBeingListed) {
    start();
    route(16, vlanAwareFloodVia(1, 9));
    settle();
-   EXPECT_TRUE(helper->calls.empty());
+   EXPECT_TRUE(helper->callTexts().empty());
    EXPECT_EQ(sm->routeViaType(key(16)), Mpls::viaTypeEvpnVlanAwareFlood_);
    EXPECT_FALSE(unprogrammed(16));
    EXPECT_TRUE(traces.contains("collection not present"));
@@ -157,7 +158,7 @@ TEST_F(DecapVlanAware, RouteWaitsForItsCollectionWithoutBeingListed) {
 
    collection(9, {{10, 100}});
    EXPECT_TRUE(sm->dot1qTagToVlanCollHas(Mpls::LfibDot1qTagToVlanKey(9)));
-   EXPECT_EQ(helper->take(), Calls{"createLabelDot1qToVlan(16,10,100,true)"});
+   EXPECT_EQ(helper->takeCalls(), Calls{"createLabelDot1qToVlan(16,10,100,true)"});
    expectConsistent();
 }
 
@@ -170,22 +171,22 @@ TEST_F(DecapVlanAware, CollectionsPresentAtConstructionAreWatched) {
    EXPECT_TRUE(sm->dot1qTagToVlanCollHas(Mpls::LfibDot1qTagToVlanKey(6)));
    route(16, vlanAwareVia(1, 6));
    settle();
-   EXPECT_TRUE(helper->take().empty());  // collection 6 has no tags yet
+   EXPECT_TRUE(helper->takeCalls().empty());  // collection 6 has no tags yet
    coll(6)->dot1qTagToVlanIdIs(vlan(7), Bridging::VlanIdOrNone(vlan(70)));
-   EXPECT_EQ(helper->take(), Calls{"createLabelDot1qToVlan(16,7,70,false)"});
+   EXPECT_EQ(helper->takeCalls(), Calls{"createLabelDot1qToVlan(16,7,70,false)"});
 }
 
 TEST_F(DecapVlanAware, CollectionRemovalCallsNothingAndRouteDeletionUndoesItsTags) {
    twoRoutesOnOneCollection();
-   helper->take();
+   helper->takeCalls();
    lfib->dot1qTagToVlanCollDel(Mpls::LfibDot1qTagToVlanKey(5));
-   EXPECT_TRUE(helper->calls.empty());
+   EXPECT_TRUE(helper->callTexts().empty());
    EXPECT_FALSE(sm->dot1qTagToVlanCollHas(Mpls::LfibDot1qTagToVlanKey(5)));
    EXPECT_EQ(programmed(16)->dot1qTags(), 2u);
 
    lfib->lfibRouteDel(key(16));
    settle();
-   EXPECT_EQ(sorted(helper->take()),
+   EXPECT_EQ(sorted(helper->takeCalls()),
              (Calls{"deleteLabelDot1qToVlan(16,10,false)", "deleteLabelDot1qToVlan(16,20,false)"}));
    EXPECT_FALSE(sm->routeViaTypeHas(key(16)));
    EXPECT_FALSE(programmed(16));
@@ -201,7 +202,7 @@ TEST_F(DecapVlanAware, CollectionRemovalCallsNothingAndRouteDeletionUndoesItsTag
    collection(8, {{40, 400}});
    route(17, vlanAwareFloodVia(3, 8));
    settle();
-   EXPECT_EQ(helper->take().size(), 3u);  // two deletes on 5, one create on 8
+   EXPECT_EQ(helper->takeCalls().size(), 3u);  // two deletes on 5, one create on 8
    EXPECT_EQ(set->routeKeys(), 0u);
    EXPECT_EQ(sm->vlanAwareDot1qTagVlanToRouteKeySets(), 2u);
    expectConsistent();
@@ -209,15 +210,15 @@ TEST_F(DecapVlanAware, CollectionRemovalCallsNothingAndRouteDeletionUndoesItsTag
 
 TEST_F(DecapVlanAware, RefusalOnATagChangeSchedulesTheRetry) {
    twoRoutesOnOneCollection();
-   helper->take();
-   helper->createLabelDot1qToVlanRcIs(Mpls::lfibHwProgrammingNotReady_);
+   helper->takeCalls();
+   helper->answerIs(Mpls::lfibHwProgrammingNotReady_);
    coll(5)->dot1qTagToVlanIdIs(vlan(30), Bridging::VlanIdOrNone(vlan(300)));
-   EXPECT_EQ(helper->take().size(), 2u);
+   EXPECT_EQ(helper->takeCalls().size(), 2u);
    EXPECT_EQ(reason(16), 3u);
    EXPECT_EQ(reason(17), 3u);
    ASSERT_TRUE(sm->reviewUnprogrammed()->pending());
    EXPECT_EQ(sm->reviewUnprogrammed()->time(), 5.0);
-   helper->createLabelDot1qToVlanRcIs(Mpls::lfibHwProgrammingSuccess_);
+   helper->answerIs(Mpls::lfibHwProgrammingSuccess_);
    loop->advance(5.0);
    EXPECT_EQ(hwStatus->unprogrammedRoutes(), 0u);
    EXPECT_EQ(programmed(16)->dot1qTags(), 3u);

@@ -5,23 +5,6 @@
 
 using namespace SimTest;
 
-TEST(SimAgent, TransitRouteIsProgrammedOnlyAfterTheChipAnswers) {
-   Bed bed;
-   bed.neighbor(1);
-   bed.transitRoute(100, 1, {1});
-   // Nothing reaches hardware before the loop runs.
-   EXPECT_EQ(bed.route(100).state, sim::RouteState::absent);
-   bed.settle();
-   auto r = bed.route(100);
-   ASSERT_EQ(r.state, sim::RouteState::programmed);
-   EXPECT_EQ(r.path, "adjacency");
-   ASSERT_EQ(r.vias.size(), 1u);
-   EXPECT_EQ(r.vias[0].macAddr(), Bed::nhMac(1));
-   EXPECT_EQ(r.vias[0].l2Intf(), Wire::IntfId::ethernet(1));
-   EXPECT_EQ(bed.agent.chip().routesInHardware(), 1u);
-   EXPECT_EQ(bed.agent.chip().l2AdjacenciesInHardware(), 1u);
-}
-
 TEST(SimAgent, RouteTableFullThenRecoveredLogsFullOnceAndNormalOnce) {
    sim::AgentOptions options;
    options.transitRetryInterval = 10.0;

@@ -122,6 +122,11 @@ TEST_F(ChipBed, FullAdjacencyTableRefusesTheAdjacencyAndTheRoutesThroughIt) {
    EXPECT_FALSE(status()->unprogrammedAdjacencyHas(a2));
    EXPECT_TRUE(programmed(200));
    checkInvariants();
+   vrf->routeDel(key(100));
+   vrf->l2AdjacencyDel(a1);
+   settle();
+   EXPECT_FALSE(status()->l2AdjacencyHas(a1));
+   checkInvariants();  // a deleted adjacency leaves the chip's count too
 }
 
 TEST_F(ChipBed, RefusesExactlyTheNextNRouteOperationsWithTheChosenReason) {

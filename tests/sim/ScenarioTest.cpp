@@ -186,17 +186,4 @@ TEST(SimScenario, TheDocumentedExamplesParseAndCoverEveryOperation) {
    }
 }
 
-// The example scenarios parse (their runs are ctest cases of their own).
-TEST(SimScenario, TheExamplesParse) {
-   std::size_t n = 0;
-   for (const auto& entry :
-        std::filesystem::directory_iterator(std::string(MPLSFWD_SOURCE_DIR) + "/examples")) {
-      if (entry.path().extension() == ".json") {
-         ++n;
-         EXPECT_NO_THROW(sim::Scenario::load(entry.path().string())) << entry.path();
-      }
-   }
-   EXPECT_GE(n, 10u);
-}
-
 }  // namespace

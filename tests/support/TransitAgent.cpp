@@ -1,84 +1,61 @@
 #include "TransitAgent.h"
 
 #include <mplsfwd/log/LogFacility.h>
-#include <mplsfwd/transit/MplsResourceLog.h>
 
 namespace TestSupport {
 
-TransitAgent::TransitAgent(Options opts) : options(opts) {
-   loop = Kor::make<Loom::EventLoop>();
-   clock = loop->clockIs("MplsSm-clock");
-   Log::LogFacility::reset();
-   Log::LogFacility::timeSourceIs(loop.ptr());
-   Fal::resourceFullLoggedIs(false);
-   logScope_ = std::make_unique<Log::LogSinkScope>(logSink);
-   mplsStatus = Kor::make<Mpls::Status>("mplsStatus");
-   routingInfo = Kor::make<Mpls::RoutingInfo>("routingInfo");
-   routingInfo->mplsRoutingIs(options.mplsRouting);
-   lfib = Kor::make<Mpls::LfibStatus>("transitLfib");
-   ipRoutes = Kor::make<Routing::Hardware::RouteStatus>("routeStatus");
-   hwMplsStatus = Kor::make<Mpls::Hardware::Status>("hwMplsStatus");
-   routeReactorConfig = Kor::make<Fal::RouteReactorConfig>("routeReactorConfig");
-   route6ReactorConfig = Kor::make<Fal::Route6ReactorConfig>("route6ReactorConfig");
-   hwConfig = Fal::mplsHwConfigFactory("mplsHwConfig");
-   hwStatus = Fal::mplsHwStatusFactory("mplsHwStatus");
-   l3Status = Kor::make<Fal::L3Status>("l3Status");
-   if (options.vrfNameKnown) {
-      l3Status->vrfNameIs(Fal::VrfId(0), L3::VrfName::defaultVrf());
-   }
-   monitoredNhSm = Kor::make<Fal::MonitoredNexthopSm>("monitoredNhSm");
-   entityManager = Kor::make<Regdb::EntityManager>("entityManager");
-   attrLogSm = Kor::make<Loom::AttrLogSm>();
-   if (options.fecForwarding) {
-      fecRequest = Kor::make<Fal::FecIdToHwFecIdRequest>("fecRequest");
-      fecResponse = Kor::make<Fal::FecIdToHwFecIdResponse>("fecResponse");
-      fecService = std::make_unique<FakeFecIdService>(loop, fecRequest, fecResponse);
-      if (options.helper) {
-         helper = Kor::make<FakeMplsSmHelper>();
-      }
-   }
-   resolver =
-       Kor::make<Fal::RouteResolver>(ipRoutes, routeReactorConfig, route6ReactorConfig, l3Status);
-   chip = std::make_unique<FakeChip>(loop, hwConfig, hwStatus);
-   start();
+namespace {
+
+sim::AgentOptions agentOptions(const TransitAgent::Options& o) {
+   Log::LogFacility::reset();  // each test starts with the facility's defaults
+   sim::AgentOptions a;
+   a.fecForwarding = o.fecForwarding;
+   a.decap = false;
+   a.pseudowire = false;
+   a.mplsRouting = o.mplsRouting;
+   a.defaultVrfName = o.vrfNameKnown;
+   return a;
 }
 
-TransitAgent::~TransitAgent() {
-   stop();
-   chip.reset();
-   fecService.reset();
-   Log::LogFacility::timeSourceIs(nullptr);
-}
+}  // namespace
+
+TransitAgent::TransitAgent(Options options)
+    : agent(agentOptions(options)),
+      chip(agent.chip()),
+      fecService(agent.fecIdService()),
+      helper(agent.routeHelper()),
+      loop(agent.loop()),
+      mplsStatus(agent.mplsStatus()),
+      routingInfo(agent.routingInfo()),
+      lfib(agent.lfib()),
+      ipRoutes(agent.ipRoutes()),
+      hwMplsStatus(agent.hwMplsStatus()),
+      routeReactorConfig(agent.routeReactorConfig()),
+      route6ReactorConfig(agent.route6ReactorConfig()),
+      attrLogSm(agent.attrLogSm()),
+      hwStatus(agent.hwStatus()),
+      l3Status(agent.l3Status()),
+      monitoredNhSm(agent.monitoredNhSm()),
+      fecRequest(agent.fecRequest()),
+      fecResponse(agent.fecResponse()) {}
 
 void TransitAgent::start() {
-   ++generation_;
-   sm = Fal::MplsSmIs(mplsStatus, routingInfo, lfib, ipRoutes, hwMplsStatus, routeReactorConfig,
-                      route6ReactorConfig, hwConfig, hwStatus, l3Status, monitoredNhSm,
-                      entityManager, attrLogSm, clock);
-   if (options.fecForwarding) {
-      sm->hwFecIdRequestIs(fecRequest);
-      sm->hwFecIdResponseIs(fecResponse);
-   }
-   if (helper) {
-      sm->mplsSmHelperIs(helper);
-   }
+   // A new incarnation: the invariant check numbers its adjacency indices afresh.
+   agent.restart();
 }
 
-void TransitAgent::stop() {
-   sm = nullptr;
+void TransitAgent::fecAnswersIs(bool on) {
+   fecService.capacityIs(on ? sim::FecIdService::unlimited() : fecService.inUse());
 }
 
 Mpls::LfibViaKey TransitAgent::mplsVia(std::uint32_t index, const std::string& nextHop,
                                        Wire::IntfId intf, std::uint32_t outLabel,
                                        Wire::MplsLabelAction action) {
-   Mpls::LfibViaKey key(Mpls::viaTypeMplsIp_, index, Mpls::lfibSourceStatic_);
-   Wire::MplsLabelOperation op;
+   std::vector<std::uint32_t> labels;
    if (outLabel != Wire::MplsLabel::kNoLabel) {
-      op.push(Wire::MplsLabel(outLabel));
+      labels.push_back(outLabel);
    }
-   lfib->mplsViaIs(Mpls::LfibMplsVia(key, Wire::IpGenAddr::parse(nextHop), intf, op, action,
-                                     Mpls::payloadTypeMpls_));
-   return key;
+   return mplsViaWith(index, nextHop, intf, labels, action);
 }
 
 Mpls::LfibViaKey TransitAgent::mplsViaWith(std::uint32_t index, const std::string& nextHop,
@@ -119,13 +96,8 @@ Mpls::LfibViaSetKey TransitAgent::extFecViaSet(std::uint32_t index, Memtab::Fib:
 }
 
 Mpls::RouteKey TransitAgent::route(std::uint32_t label, Mpls::LfibViaSetKey viaSet) {
-   Mpls::RouteKey key{Wire::MplsLabel(label)};
-   lfib->lfibRouteIs(Mpls::LfibRoute(key, viaSet));
-   return key;
-}
-
-void TransitAgent::routeDel(std::uint32_t label) {
-   lfib->lfibRouteDel(Mpls::RouteKey(Wire::MplsLabel(label)));
+   lfib->lfibRouteIs(Mpls::LfibRoute(key(label), viaSet));
+   return key(label);
 }
 
 void TransitAgent::neighbor(const std::string& addr, Wire::IntfId intf, const std::string& mac,
@@ -158,7 +130,12 @@ void TransitAgent::connectedRoute(const std::string& prefix, std::uint8_t length
 
 Fal::MplsHwRoute TransitAgent::configRoute(std::uint32_t label) const {
    auto vrf = vrfConfig();
-   return vrf ? vrf->route(Mpls::RouteKey(Wire::MplsLabel(label))) : Fal::MplsHwRoute();
+   return vrf ? vrf->route(key(label)) : Fal::MplsHwRoute();
+}
+
+bool TransitAgent::programmed(std::uint32_t label) const {
+   auto status = vrfStatus();
+   return status && status->routeHas(key(label));
 }
 
 Kor::Ptr<Fal::MplsRoute> TransitAgent::stateRoute(std::uint32_t label) const {
@@ -172,11 +149,6 @@ Fal::L3AdjacencyPtr TransitAgent::l3Adj(const Mpls::LfibViaSetKey& viaSet) const
       return nullptr;
    }
    return s->l3Adjacency(s->lFibViaSetToL3Adj(viaSet));
-}
-
-bool TransitAgent::programmed(std::uint32_t label) const {
-   auto status = vrfStatus();
-   return status && status->routeHas(Mpls::RouteKey(Wire::MplsLabel(label)));
 }
 
 }  // namespace TestSupport

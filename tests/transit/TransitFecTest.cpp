@@ -2,7 +2,8 @@
 // backup via sets, the hardware FEC id hand-shake, the route helper, and the FEC id allocator.
 #include <gtest/gtest.h>
 
-#include "MplsSmTestAccess.h"
+#include <mplsfwd/sim/State.h>
+
 #include "support/TransitTestCommon.h"
 
 namespace {
@@ -40,7 +41,7 @@ struct FecTest : ::testing::Test {
 TEST_F(FecTest, AViaSetOfTheFibSourceGetsItsOwnFecAndItsRoutesGoThroughTheHelper) {
    auto set = fibSet(
        1, {a.mplsVia(1, "10.0.0.2", kVlan10, 2000), a.mplsVia(2, "10.0.1.2", kVlan20, 2001)});
-   a.fecService->answerIs(false);
+   a.fecAnswersIs(false);
    a.route(100, set);
    settleAndCheck(a);
    // The FEC and its request are published before the answer comes.
@@ -58,18 +59,19 @@ TEST_F(FecTest, AViaSetOfTheFibSourceGetsItsOwnFecAndItsRoutesGoThroughTheHelper
    EXPECT_EQ(a.vrfConfig()->routes(), 0u);
    EXPECT_EQ(a.vrfConfig()->l2Adjacencies(), 0u);
    EXPECT_EQ(a.monitoredNhSm->entries(), 0u);
-   ASSERT_TRUE(a.helper->has(TransitAgent::key(100)));
-   EXPECT_EQ(a.helper->entry(TransitAgent::key(100)).fecId, fecId.value());
-   EXPECT_EQ(a.helper->entry(TransitAgent::key(100)).labelAction, Wire::MplsLabelAction::swap);
+   ASSERT_TRUE(a.helper->routeHas(TransitAgent::key(100)));
+   EXPECT_EQ(a.helper->routeMap().at(TransitAgent::key(100)).fecId, fecId.value());
+   EXPECT_EQ(a.helper->routeMap().at(TransitAgent::key(100)).labelAction,
+             Wire::MplsLabelAction::swap);
    auto info = a.state()->extFecInfo(fecId);
    ASSERT_TRUE(info);
    EXPECT_EQ(info->hwId(), 0u);
 
    // The answer puts the dependent adjacency up for review and records the hardware id.
    std::uint64_t reviewed = a.state()->l3AdjReviewed();
-   a.fecService->answerIs(true);
+   a.fecAnswersIs(true);
    settleAndCheck(a);
-   EXPECT_EQ(info->hwId(), a.fecService->hwFecId(fecId));
+   EXPECT_EQ(info->hwId(), a.fecResponse->hwFecId(fecId).hwFecId());
    EXPECT_NE(info->hwId(), 0u);
    EXPECT_GT(a.state()->l3AdjReviewed(), reviewed);
    EXPECT_FALSE(a.stateRoute(100)->unprogrammed());
@@ -85,50 +87,42 @@ TEST_F(FecTest, RepublishingAnUnchangedFecWritesNothing) {
       int n = 0;
    } writes(a.fecRequest);
    auto set = fibSet(1, {a.mplsVia(1, "10.0.0.2", kVlan10)});
-   a.fecService->answerIs(false);
+   a.fecAnswersIs(false);
    a.route(100, set);
    settleAndCheck(a);
    EXPECT_EQ(writes.n, 2);  // the FEC and its request
    // The answer has the adjacency reviewed, which publishes the same FEC and request again.
    std::uint64_t reviewed = a.state()->l3AdjReviewed();
-   a.fecService->answerIs(true);
+   a.fecAnswersIs(true);
    settleAndCheck(a);
    EXPECT_GT(a.state()->l3AdjReviewed(), reviewed);
    EXPECT_EQ(writes.n, 2);
 }
 
-TEST_F(FecTest, AViaSetKeepsItsFecIdAndExternalIdsAreNeverFreed) {
-   auto set = fibSet(1, {a.mplsVia(1, "10.0.0.2", kVlan10)});
-   a.route(100, set);
-   settleAndCheck(a);
-   auto& state = *a.state();
-   Memtab::Fib::FecId first = Fal::MplsSmTestAccess::getOrAllocateMplsV4FecId(*a.sm, set, state);
-   EXPECT_EQ(Fal::MplsSmTestAccess::getOrAllocateMplsV4FecId(*a.sm, set, state), first);
-   EXPECT_EQ(first, fecOf(set));
-   EXPECT_EQ(a.sm->numAllocator()->status()->allocated(), 1u);
-   // An id of another adjacency type is not this machine's to give back.
-   Fal::MplsSmTestAccess::freeMplsV4FecId(*a.sm, externalFec(first.index()), state);
-   EXPECT_TRUE(a.sm->numAllocator()->isAllocated(first.index()));
-   EXPECT_EQ(fecOf(set), first);
-}
-
-TEST_F(FecTest, DeletionWithdrawsTheFecAndItsNumberComesBackOnlyAfterTenSeconds) {
+TEST_F(FecTest, TheLastRouteOfAViaSetWithdrawsItsFecWhoseNumberComesBackOnlyAfterTenSeconds) {
    auto set1 = fibSet(1, {a.mplsVia(1, "10.0.0.2", kVlan10)});
    auto set2 = fibSet(2, {a.mplsVia(2, "10.0.1.2", kVlan20)});
    auto set3 = fibSet(3, {a.mplsVia(3, "10.0.0.2", kVlan10, 3000)});
    a.route(100, set1);
+   a.route(103, set1);
    settleAndCheck(a);
    Memtab::Fib::FecId first = fecOf(set1);
    ASSERT_TRUE(first.isValid());
-   ASSERT_TRUE(a.helper->has(TransitAgent::key(100)));
+   ASSERT_TRUE(a.helper->routeHas(TransitAgent::key(100)));
+   // The routes of one via set share its FEC.
+   EXPECT_EQ(a.state()->extFecInfo(first)->dependentRouteKeySet().size(), 2u);
+   EXPECT_EQ(a.fecRequest->fecMap().size(), 1u);
+   a.routeDel(103);
+   settleAndCheck(a);
+   EXPECT_TRUE(a.fecRequest->fecPtr(first));
 
    a.routeDel(100);
    settleAndCheck(a);
-   EXPECT_FALSE(a.helper->has(TransitAgent::key(100)));
+   EXPECT_EQ(a.helper->routes(), 0u);
    EXPECT_FALSE(a.fecRequest->fecPtr(first));
    EXPECT_EQ(a.fecRequest->hwFecIdRequest(first), Fal::HwFecIdRequest());
    EXPECT_EQ(a.fecResponse->hwFecId(first), Fal::FecToHwFecId());
-   EXPECT_FALSE(a.sm->numAllocator()->isAllocated(first.index()));
+   EXPECT_FALSE(a.sm()->numAllocator()->isAllocated(first.index()));
 
    // Within the quarantine a new via set gets another number...
    a.route(101, set2);
@@ -141,29 +135,7 @@ TEST_F(FecTest, DeletionWithdrawsTheFecAndItsNumberComesBackOnlyAfterTenSeconds)
    a.route(102, set3);
    settleAndCheck(a);
    EXPECT_EQ(fecOf(set3).index(), first.index());
-   EXPECT_TRUE(a.helper->has(TransitAgent::key(102)));
-}
-
-TEST_F(FecTest, RoutesOfOneViaSetShareItsFecAndTheLastOneFreesIt) {
-   auto set = fibSet(1, {a.mplsVia(1, "10.0.0.2", kVlan10)});
-   a.route(100, set);
-   a.route(101, set);
-   settleAndCheck(a);
-   Memtab::Fib::FecId fecId = fecOf(set);
-   auto info = a.state()->extFecInfo(fecId);
-   ASSERT_TRUE(info);
-   EXPECT_EQ(info->dependentRouteKeySet().size(), 2u);
-   EXPECT_EQ(a.fecRequest->fecMap().size(), 1u);
-   a.routeDel(100);
-   settleAndCheck(a);
-   EXPECT_TRUE(a.fecRequest->fecPtr(fecId));
-   EXPECT_TRUE(a.helper->has(TransitAgent::key(101)));
-   a.routeDel(101);
-   settleAndCheck(a);
-   EXPECT_FALSE(a.fecRequest->fecPtr(fecId));
-   EXPECT_TRUE(a.fecRequest->fecMap().empty());
-   EXPECT_TRUE(a.fecRequest->hwFecIdRequestMap().empty());
-   EXPECT_EQ(a.helper->routes(), 0u);
+   EXPECT_TRUE(a.helper->routeHas(TransitAgent::key(102)));
 }
 
 TEST_F(FecTest, RegularViaSetsOfOtherSourcesStillUseHardwareAdjacencies) {
@@ -171,7 +143,7 @@ TEST_F(FecTest, RegularViaSetsOfOtherSourcesStillUseHardwareAdjacencies) {
    a.route(100, set);
    settleAndCheck(a);
    EXPECT_TRUE(a.programmed(100));
-   EXPECT_FALSE(a.helper->has(TransitAgent::key(100)));
+   EXPECT_FALSE(a.helper->routeHas(TransitAgent::key(100)));
    EXPECT_TRUE(a.fecRequest->fecMap().empty());
 }
 
@@ -189,24 +161,28 @@ TEST_F(FecTest, TunnelAndNexthopGroupViaSetsGoTheFecWay) {
    ASSERT_TRUE(fecOf(nhgSet).isValid());
    EXPECT_EQ(a.fecRequest->fec(fecOf(tunnelSet)).vias(), 2u);
    EXPECT_EQ(a.fecRequest->fec(fecOf(nhgSet)).via(Memtab::Fib::ViaIndex(0)).intf(), nhg);
-   EXPECT_TRUE(a.helper->has(TransitAgent::key(100)));
-   EXPECT_TRUE(a.helper->has(TransitAgent::key(101)));
+   EXPECT_TRUE(a.helper->routeHas(TransitAgent::key(100)));
+   EXPECT_TRUE(a.helper->routeHas(TransitAgent::key(101)));
 }
 
 TEST_F(FecTest, HelperRefusalIsRecordedAsRouteFullAndRetried) {
    auto set = fibSet(1, {a.mplsVia(1, "10.0.0.2", kVlan10)});
-   a.helper->refuseNextIs(1);
+   a.helper->refuseNextIs(1, Mpls::lfibHwProgrammingResourceFull_);
    a.route(100, set);
    settleAndCheck(a);
-   EXPECT_FALSE(a.helper->has(TransitAgent::key(100)));
+   EXPECT_FALSE(a.helper->routeHas(TransitAgent::key(100)));
    EXPECT_TRUE(a.vrfStatus()->unprogrammedRouteHas(TransitAgent::key(100)));
    EXPECT_EQ(a.vrfStatus()->unprogrammedReason(), Fal::UnprogrammedReason::RouteFull);
    EXPECT_EQ(a.state()->numUnprogrammedRoute(), 1u);
    EXPECT_EQ(a.logged("ROUTING_MPLS_RESOURCE_FULL"), 1u);
    EXPECT_TRUE(a.stateRoute(100)->unprogrammed());
+   // The simulator's view of the route names the way it was refused on.
+   sim::RouteView view = sim::routeView(a.agent, TransitAgent::key(100));
+   EXPECT_EQ(view.path, "fec");
+   EXPECT_EQ(view.reason, "returnCode 1");
 
    settleAndCheck(a, 11.0);
-   EXPECT_TRUE(a.helper->has(TransitAgent::key(100)));
+   EXPECT_TRUE(a.helper->routeHas(TransitAgent::key(100)));
    EXPECT_FALSE(a.vrfStatus()->unprogrammedRouteHas(TransitAgent::key(100)));
    EXPECT_EQ(a.state()->numUnprogrammedRoute(), 0u);
    EXPECT_EQ(a.logged("ROUTING_MPLS_RESOURCE_NORMAL"), 1u);
@@ -215,37 +191,30 @@ TEST_F(FecTest, HelperRefusalIsRecordedAsRouteFullAndRetried) {
 
 TEST_F(FecTest, ExternalFecViaSetForwardsIntoTheNamedFecWithoutOwningIt) {
    auto fecId = externalFec(77);
-   auto set = a.extFecViaSet(5, fecId);
-   a.route(100, set);
+   a.route(100, a.extFecViaSet(5, fecId));
+   a.route(101, a.extFecViaSet(6, fecId));  // a second via set into the same FEC
    settleAndCheck(a);
-   ASSERT_TRUE(a.helper->has(TransitAgent::key(100)));
-   EXPECT_EQ(a.helper->entry(TransitAgent::key(100)).fecId, fecId.value());
-   EXPECT_EQ(a.helper->entry(TransitAgent::key(100)).labelAction, Wire::MplsLabelAction::pop);
+   ASSERT_TRUE(a.helper->routeHas(TransitAgent::key(100)));
+   EXPECT_EQ(a.helper->routeMap().at(TransitAgent::key(100)).fecId, fecId.value());
+   EXPECT_EQ(a.helper->routeMap().at(TransitAgent::key(100)).labelAction,
+             Wire::MplsLabelAction::pop);
    EXPECT_EQ(a.fecRequest->hwFecIdRequest(fecId), Fal::HwFecIdRequest(fecId));
    // The FEC itself is another agent's: not published here, no number taken.
    EXPECT_FALSE(a.fecRequest->fecPtr(fecId));
    EXPECT_TRUE(a.state()->lFibViaSetToFecIdMap().empty());
    EXPECT_NE(a.state()->extFecInfo(fecId)->hwId(), 0u);
+   EXPECT_EQ(a.state()->extFecInfo(fecId)->dependentL3AdjacencySet().size(), 2u);
 
+   // The record and the request stay while one of the two uses the FEC.
    a.routeDel(100);
    settleAndCheck(a);
-   EXPECT_FALSE(a.helper->has(TransitAgent::key(100)));
+   EXPECT_FALSE(a.helper->routeHas(TransitAgent::key(100)));
+   EXPECT_EQ(a.fecRequest->hwFecIdRequest(fecId), Fal::HwFecIdRequest(fecId));
+   EXPECT_TRUE(a.helper->routeHas(TransitAgent::key(101)));
+   a.routeDel(101);
+   settleAndCheck(a);
    EXPECT_EQ(a.fecRequest->hwFecIdRequest(fecId), Fal::HwFecIdRequest());
    EXPECT_FALSE(a.state() && a.state()->extFecInfo(fecId));
-}
-
-TEST_F(FecTest, TwoExternalFecViaSetsIntoOneFecShareItsRecord) {
-   auto fecId = externalFec(78);
-   a.route(100, a.extFecViaSet(5, fecId));
-   a.route(101, a.extFecViaSet(6, fecId));
-   settleAndCheck(a);
-   auto info = a.state()->extFecInfo(fecId);
-   ASSERT_TRUE(info);
-   EXPECT_EQ(info->dependentL3AdjacencySet().size(), 2u);
-   a.routeDel(100);
-   settleAndCheck(a);
-   EXPECT_EQ(a.fecRequest->hwFecIdRequest(fecId), Fal::HwFecIdRequest(fecId));
-   EXPECT_TRUE(a.helper->has(TransitAgent::key(101)));
 }
 
 TEST_F(FecTest, ABackupViaSetIsReviewedFirstAndNamedInThePrimarysFec) {
@@ -268,7 +237,7 @@ TEST_F(FecTest, ABackupViaSetIsReviewedFirstAndNamedInThePrimarysFec) {
    ASSERT_TRUE(backupFec.isValid());
    EXPECT_EQ(a.fecRequest->fec(primaryFec).backupFecId(), backupFec);
    EXPECT_TRUE(a.fecRequest->fecPtr(backupFec));
-   EXPECT_EQ(a.helper->entry(TransitAgent::key(100)).fecId, primaryFec.value());
+   EXPECT_EQ(a.helper->routeMap().at(TransitAgent::key(100)).fecId, primaryFec.value());
    EXPECT_EQ(a.vrfConfig()->routes(), 0u);
 
    // Once the primary goes, the backup has no user left and goes too.
@@ -288,13 +257,13 @@ TEST_F(FecTest, ABackupViaSetMissingFromTheLfibHoldsThePrimaryBackUntilItArrives
    a.route(100, primary);
    settleAndCheck(a);
    EXPECT_TRUE(traces.contains("backup viaSet idx 2 viaType viaTypeMplsIp missing from lfib"));
-   EXPECT_FALSE(a.helper->has(TransitAgent::key(100)));
+   EXPECT_FALSE(a.helper->routeHas(TransitAgent::key(100)));
    EXPECT_TRUE(a.stateRoute(100)->unprogrammed());
 
    // The backup arrives; the primary itself does not change.
    a.viaSet(2, {a.mplsVia(2, "10.0.1.2", kVlan20)});
    settleAndCheck(a);
-   EXPECT_TRUE(a.helper->has(TransitAgent::key(100)));
+   EXPECT_TRUE(a.helper->routeHas(TransitAgent::key(100)));
    EXPECT_FALSE(a.stateRoute(100)->unprogrammed());
    EXPECT_EQ(a.fecRequest->fec(fecOf(primary)).backupFecId(), fecOf(backup));
 }
@@ -305,7 +274,7 @@ TEST_F(FecTest, ABackupViaSetAlsoUsedByItsOwnRouteStaysWhileEitherNeedsIt) {
    a.route(100, primary);
    a.route(200, backup);
    settleAndCheck(a);
-   EXPECT_EQ(a.helper->entry(TransitAgent::key(200)).fecId, fecOf(backup).value());
+   EXPECT_EQ(a.helper->routeMap().at(TransitAgent::key(200)).fecId, fecOf(backup).value());
    a.routeDel(100);
    settleAndCheck(a);
    ASSERT_TRUE(a.l3Adj(backup));
@@ -313,7 +282,7 @@ TEST_F(FecTest, ABackupViaSetAlsoUsedByItsOwnRouteStaysWhileEitherNeedsIt) {
    // No longer anybody's backup, the set is an ordinary one again: the route moves from the
    // helper to a hardware adjacency and the FECs go.
    EXPECT_TRUE(a.programmed(200));
-   EXPECT_FALSE(a.helper->has(TransitAgent::key(200)));
+   EXPECT_FALSE(a.helper->routeHas(TransitAgent::key(200)));
    EXPECT_TRUE(a.fecRequest->fecMap().empty());
 }
 
@@ -324,13 +293,13 @@ TEST_F(FecTest, AViaSetMovingBetweenTheTwoWaysLeavesNothingBehind) {
    a.route(100, set);
    settleAndCheck(a);
    ASSERT_TRUE(a.programmed(100));
-   ASSERT_FALSE(a.helper->has(TransitAgent::key(100)));
+   ASSERT_FALSE(a.helper->routeHas(TransitAgent::key(100)));
 
    // The via set gains a backup: it now has to go the FEC way.
    auto backup = a.viaSet(2, {a.mplsVia(2, "10.0.1.2", kVlan20)});
    a.viaSet(1, {a.mplsVia(1, "10.0.0.2", kVlan10)}, backup);
    settleAndCheck(a);
-   EXPECT_TRUE(a.helper->has(TransitAgent::key(100)));
+   EXPECT_TRUE(a.helper->routeHas(TransitAgent::key(100)));
    EXPECT_TRUE(!a.configRoute(100));
    EXPECT_EQ(a.vrfConfig()->l2Adjacencies(), 0u);
 
@@ -338,27 +307,20 @@ TEST_F(FecTest, AViaSetMovingBetweenTheTwoWaysLeavesNothingBehind) {
    a.viaSet(1, {a.mplsVia(1, "10.0.0.2", kVlan10)});
    settleAndCheck(a);
    EXPECT_TRUE(a.programmed(100));
-   EXPECT_FALSE(a.helper->has(TransitAgent::key(100)));
-   EXPECT_FALSE(a.l3Adj(backup));
+   EXPECT_FALSE(a.helper->routeHas(TransitAgent::key(100)));
    EXPECT_TRUE(a.fecRequest->fecMap().empty());
-}
 
-TEST_F(FecTest, ARouteMovingFromTheFecWayToAnL2AdjacencyLeavesTheHelper) {
-   auto fib = fibSet(1, {a.mplsVia(1, "10.0.0.2", kVlan10)});
-   auto plain = a.viaSet(2, {a.mplsVia(2, "10.0.1.2", kVlan20)});
+   // The route itself moves between a via set of each way, there and back.
+   auto fib = fibSet(3, {a.mplsVia(3, "10.0.0.2", kVlan10)});
    a.route(100, fib);
    settleAndCheck(a);
-   ASSERT_TRUE(a.helper->has(TransitAgent::key(100)));
-   a.route(100, plain);
+   EXPECT_TRUE(a.helper->routeHas(TransitAgent::key(100)));
+   EXPECT_TRUE(!a.configRoute(100));
+   a.route(100, set);
    settleAndCheck(a);
    EXPECT_TRUE(a.programmed(100));
-   EXPECT_FALSE(a.helper->has(TransitAgent::key(100)));
+   EXPECT_FALSE(a.helper->routeHas(TransitAgent::key(100)));
    EXPECT_TRUE(a.fecRequest->fecMap().empty());
-   // And back.
-   a.route(100, fib);
-   settleAndCheck(a);
-   EXPECT_TRUE(a.helper->has(TransitAgent::key(100)));
-   EXPECT_TRUE(!a.configRoute(100));
 }
 
 TEST_F(FecTest, AHelperRefusalWhileARouteEntersTheFecWayIsRetried) {
@@ -370,14 +332,14 @@ TEST_F(FecTest, AHelperRefusalWhileARouteEntersTheFecWayIsRetried) {
    // The set gains a backup, so it goes the FEC way, and the helper is out of room just then.
    auto backup = a.viaSet(2, {a.mplsVia(2, "10.0.1.2", kVlan20)});
    a.viaSet(1, {a.mplsVia(1, "10.0.0.2", kVlan10)}, backup);
-   a.helper->refuseNextIs(1);
+   a.helper->refuseNextIs(1, Mpls::lfibHwProgrammingResourceFull_);
    settleAndCheck(a);
    EXPECT_TRUE(!a.configRoute(100));
-   EXPECT_FALSE(a.helper->has(TransitAgent::key(100)));
+   EXPECT_FALSE(a.helper->routeHas(TransitAgent::key(100)));
    EXPECT_TRUE(a.vrfStatus()->unprogrammedRouteHas(TransitAgent::key(100)));
    EXPECT_TRUE(a.stateRoute(100)->unprogrammed());
    settleAndCheck(a, 11.0);
-   EXPECT_TRUE(a.helper->has(TransitAgent::key(100)));
+   EXPECT_TRUE(a.helper->routeHas(TransitAgent::key(100)));
    EXPECT_FALSE(a.stateRoute(100)->unprogrammed());
    EXPECT_EQ(a.state()->numUnprogrammedRoute(), 0u);
 }
@@ -395,12 +357,9 @@ TEST_F(FecTest, RestartWithdrawsWhatTheEarlierIncarnationRequestedAndNoLongerUse
    a.stop();
    a.routeDel(100);
    a.routeDel(102);
-   // The platform's route helper starts afresh with the agent here; what a helper that survives
-   // the restart keeps is the subject of the next test.
-   a.helper = Kor::make<TestSupport::FakeMplsSmHelper>();
    a.start();
    settleAndCheck(a);
-   EXPECT_TRUE(a.helper->has(TransitAgent::key(101)));
+   EXPECT_TRUE(a.helper->routeHas(TransitAgent::key(101)));
    EXPECT_EQ(a.fecRequest->fecMap().size(), 1u);
    EXPECT_EQ(a.fecRequest->hwFecIdRequestMap().size(), 1u);
    EXPECT_EQ(a.fecRequest->hwFecIdRequest(externalFec(7)), Fal::HwFecIdRequest());

@@ -93,9 +93,10 @@ TEST(TransitMacChangeCost, InPlaceUpdateReprogramsEachAdjacencyOnceAndTouchesNoR
    ASSERT_EQ(through.size(), 3u);
    const std::uint64_t reviewed = a.state()->routeKeyReviewed();
    const std::uint64_t published = a.state()->routeKeyPublished();
-   const std::uint64_t routeWrites = a.chip->routeWrites();
-   const std::uint64_t adjWrites = a.chip->adjacencyWrites();
-   const std::uint64_t lastIndex = a.sm->adjacencyIndex();
+   const std::uint64_t routeWrites = a.chip.routeWrites();
+   const std::uint64_t adjWrites = a.chip.adjacencyWrites();
+   const std::uint64_t adjDeletes = a.chip.adjacencyDeletes();
+   const std::uint64_t lastIndex = a.sm()->adjacencyIndex();
 
    a.neighbor("10.0.0.2", kVlan10, kNewMac.stringValue());
    settleAndCheck(a);
@@ -116,9 +117,10 @@ TEST(TransitMacChangeCost, InPlaceUpdateReprogramsEachAdjacencyOnceAndTouchesNoR
    // no adjacency was created.
    EXPECT_EQ(a.state()->routeKeyReviewed(), reviewed);
    EXPECT_EQ(a.state()->routeKeyPublished(), published);
-   EXPECT_EQ(a.chip->routeWrites(), routeWrites);
-   EXPECT_EQ(a.chip->adjacencyWrites(), adjWrites + through.size());
-   EXPECT_EQ(a.sm->adjacencyIndex(), lastIndex);
+   EXPECT_EQ(a.chip.routeWrites(), routeWrites);
+   EXPECT_EQ(a.chip.adjacencyWrites(), adjWrites + through.size());
+   EXPECT_EQ(a.chip.adjacencyDeletes(), adjDeletes);
+   EXPECT_EQ(a.sm()->adjacencyIndex(), lastIndex);
    for (const auto& [label, route] : routesBefore) {
       EXPECT_TRUE(a.programmed(label)) << label;
    }
@@ -132,14 +134,15 @@ TEST(TransitMacChangeCost, InPlaceUpdateReprogramsEachAdjacencyOnceAndTouchesNoR
           << adj->index();
    }
    EXPECT_EQ(a.state()->routeKeyReviewed(), reviewed);
-   EXPECT_EQ(a.chip->routeWrites(), routeWrites);
+   EXPECT_EQ(a.chip.routeWrites(), routeWrites);
 }
 
 TEST(TransitMacChangeCost, WithoutInPlaceUpdateOnlyTheRoutesThroughTheNeighbourMove) {
    Fabric f(false);
    TransitAgent& a = f.a;
    const auto routesBefore = f.configRoutes();
-   const std::uint64_t routeWrites = a.chip->routeWrites();
+   const std::uint64_t routeWrites = a.chip.routeWrites();
+   const std::uint64_t adjDeletes = a.chip.adjacencyDeletes();
 
    a.neighbor("10.0.0.2", kVlan10, kNewMac.stringValue());
    settleAndCheck(a);
@@ -157,7 +160,8 @@ TEST(TransitMacChangeCost, WithoutInPlaceUpdateOnlyTheRoutesThroughTheNeighbourM
          EXPECT_EQ(after, before) << label;
       }
    }
-   EXPECT_EQ(a.chip->routeWrites(), routeWrites + 3 * kRoutesPerSet);
+   EXPECT_EQ(a.chip.routeWrites(), routeWrites + 3 * kRoutesPerSet);
+   EXPECT_EQ(a.chip.adjacencyDeletes(), adjDeletes + 3);
    EXPECT_EQ(a.vrfConfig()->l2Adjacencies(), 6u);
 }
 

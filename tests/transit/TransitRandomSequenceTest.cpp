@@ -104,14 +104,12 @@ class RandomSequence {
    // and lets the retries run.
    void quiesce() {
       TransitAgent& a = *agent_;
-      a.chip->refuseNextRoutesIs(0, Fal::UnprogrammedReason::RouteFull);
-      if (a.helper) {
-         a.helper->refuseNextIs(0);
-      }
-      a.chip->routeCapacityIs(SIZE_MAX);
-      a.chip->adjacencyCapacityIs(SIZE_MAX);
+      a.chip.refuseNextIs(sim::RefuseTarget::routes, 0, Fal::UnprogrammedReason::RouteFull);
+      a.helper->refuseNextIs(0, Mpls::lfibHwProgrammingResourceFull_);
+      a.chip.routeCapacityIs(SIZE_MAX);
+      a.chip.l2AdjacencyCapacityIs(SIZE_MAX);
       a.routingInfo->mplsRoutingIs(true);
-      a.chip->confirmRoutingIs(true);
+      a.chip.confirmRoutingIs(true);
       // A route whose via set is gone waits for it with whatever it had; give every such route
       // its via set back so that the comparison below can hold.
       for (const auto& [key, route] : a.lfib->lfibRouteMap()) {
@@ -160,7 +158,8 @@ class RandomSequence {
             continue;
          }
          if (a.helper) {
-            EXPECT_FALSE(a.helper->has(key)) << "route " << key << " is in the helper" << trail();
+            EXPECT_FALSE(a.helper->routeHas(key))
+                << "route " << key << " is in the helper" << trail();
          }
          if (!e.programmed) {
             EXPECT_TRUE(!cfg) << "route " << key << " of " << route.viaSetKey()
@@ -301,11 +300,11 @@ class RandomSequence {
                       const Expected& e) {
       TransitAgent& a = *agent_;
       ASSERT_TRUE(a.helper);
-      if (!a.helper->has(key)) {
+      if (!a.helper->routeHas(key)) {
          ADD_FAILURE() << "route " << key << " of " << setKey << " is not in the helper" << trail();
          return;
       }
-      Memtab::Fib::FecId fecId(a.helper->entry(key).fecId);
+      Memtab::Fib::FecId fecId(a.helper->routeMap().at(key).fecId);
       EXPECT_EQ(a.fecRequest->hwFecIdRequest(fecId), Fal::HwFecIdRequest(fecId)) << key;
       EXPECT_NE(a.fecResponse->hwFecId(fecId).hwFecId(), 0u) << key;
       if (setKey.viaType() == Mpls::viaTypeExternalFec_) {
@@ -456,16 +455,16 @@ class RandomSequence {
              Fal::UnprogrammedReason::RouteFull, Fal::UnprogrammedReason::AdjacencyFull,
              Fal::UnprogrammedReason::InterfaceNotReady};
          std::uint32_t n = 1 + pick(4);
-         a.chip->refuseNextRoutesIs(n, reasons[pick(3)]);
-         if (a.helper && pick(2) == 0) {
-            a.helper->refuseNextIs(n);
+         a.chip.refuseNextIs(sim::RefuseTarget::routes, n, reasons[pick(3)]);
+         if (fec_ && pick(2) == 0) {
+            a.helper->refuseNextIs(n, Mpls::lfibHwProgrammingResourceFull_);
          }
          log("refuse next " + std::to_string(n));
       } else if (kind < 92) {
          std::size_t routes = pick(3) == 0 ? SIZE_MAX : 5 + pick(20);
          std::size_t adjs = pick(3) == 0 ? SIZE_MAX : 2 + pick(6);
-         a.chip->routeCapacityIs(routes);
-         a.chip->adjacencyCapacityIs(adjs);
+         a.chip.routeCapacityIs(routes);
+         a.chip.l2AdjacencyCapacityIs(adjs);
          log("capacity routes " + std::to_string(routes) + " adjacencies " + std::to_string(adjs));
       } else if (kind < 94) {
          bool on = !a.routingInfo->mplsRouting();
@@ -485,10 +484,10 @@ class RandomSequence {
          log(std::string("default route ") + (allow ? "allowed" : "not allowed"));
       } else if (kind < 97) {
          a.stop();
-         if (a.helper) {
-            // The platform's route helper restarts with the agent (see the FEC tests for one
-            // that does not).
-            a.helper = Kor::make<TestSupport::FakeMplsSmHelper>();
+         // The route helper restarts with the agent here; one that survives a restart is the FEC
+         // tests' subject.
+         for (const auto& key : a.helper->routeKeys()) {
+            a.helper->deleteRoute(key);
          }
          a.start();
          log("restart");

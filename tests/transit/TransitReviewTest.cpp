@@ -35,7 +35,7 @@ struct ReviewTest : ::testing::Test {
 };
 
 TEST_F(ReviewTest, UnprogrammedRoutesAreRetriedEveryTenSeconds) {
-   a.chip->routeCapacityIs(2);
+   a.chip.routeCapacityIs(2);
    routes(100, 3);
    settleAndCheck(a);
    ASSERT_EQ(programmedCount(100, 3), 2u);
@@ -46,42 +46,41 @@ TEST_F(ReviewTest, UnprogrammedRoutesAreRetriedEveryTenSeconds) {
 
    // Between two retries nothing is tried; each retry, about every ten seconds from the first
    // report, tries the one unprogrammed route once.
-   std::uint64_t attempts = a.chip->routeAttempts();
+   std::uint64_t attempts = a.routeAttempts();
    std::uint64_t retried = a.state()->unprogRouteRetried();
    for (int period = 1; period <= 3; ++period) {
       a.loop->advanceTo(10.0 * period - 0.1);
       checkTransitInvariants(a);
-      EXPECT_EQ(a.chip->routeAttempts(), attempts) << "period " << period;
+      EXPECT_EQ(a.routeAttempts(), attempts) << "period " << period;
       a.loop->advanceTo(10.0 * period + 0.1);
       checkTransitInvariants(a);
-      EXPECT_EQ(a.chip->routeAttempts(), attempts + 1) << "period " << period;
+      EXPECT_EQ(a.routeAttempts(), attempts + 1) << "period " << period;
       EXPECT_EQ(a.state()->unprogRouteRetried(), retried + 1) << "period " << period;
-      attempts = a.chip->routeAttempts();
+      attempts = a.routeAttempts();
       retried = a.state()->unprogRouteRetried();
    }
    EXPECT_EQ(programmedCount(100, 3), 2u);
 }
 
 TEST_F(ReviewTest, RetryDropsToTheReviewIntervalOnceARouteGetsIn) {
-   a.chip->routeCapacityIs(1);
-   routes(100, 2);
+   a.chip.refuseNextIs(sim::RefuseTarget::routes, 1, Fal::UnprogrammedReason::RouteFull);
+   routes(100, 1);
    settleAndCheck(a, 2.0);
-   ASSERT_EQ(programmedCount(100, 2), 1u);
+   ASSERT_FALSE(a.programmed(100));
    ASSERT_EQ(a.state()->numUnprogrammedRoute(), 1u);
 
-   // Room appears and a new route gets in: the waiting one follows within milliseconds instead of
-   // waiting for its ten seconds.
-   a.chip->routeCapacityIs(3);
+   // A new route gets in: the waiting one follows within milliseconds instead of waiting for its
+   // ten seconds.
    a.route(200, set);
    a.settle(0.01);
    EXPECT_TRUE(a.programmed(200));
-   EXPECT_EQ(programmedCount(100, 2), 2u);
+   EXPECT_TRUE(a.programmed(100));
    EXPECT_EQ(a.state()->numUnprogrammedRoute(), 0u);
    checkTransitInvariants(a);
 }
 
 TEST_F(ReviewTest, ResourceFullAndNormalAreLoggedOncePerEpisode) {
-   a.chip->refuseNextRoutesIs(2, Fal::UnprogrammedReason::RouteFull);
+   a.chip.refuseNextIs(sim::RefuseTarget::routes, 2, Fal::UnprogrammedReason::RouteFull);
    routes(100, 2);
    settleAndCheck(a);
    ASSERT_EQ(a.state()->numUnprogrammedRoute(), 2u);
@@ -97,7 +96,7 @@ TEST_F(ReviewTest, ResourceFullAndNormalAreLoggedOncePerEpisode) {
    EXPECT_EQ(a.state()->numUnprogrammedRoute(), 0u);
 
    // A second episode, this time for want of adjacency room.
-   a.chip->refuseNextRoutesIs(1, Fal::UnprogrammedReason::AdjacencyFull);
+   a.chip.refuseNextIs(sim::RefuseTarget::routes, 1, Fal::UnprogrammedReason::AdjacencyFull);
    routes(300, 1);
    settleAndCheck(a);
    EXPECT_EQ(a.logged(kFull), 2u);
@@ -108,7 +107,7 @@ TEST_F(ReviewTest, ResourceFullAndNormalAreLoggedOncePerEpisode) {
 
 TEST_F(ReviewTest, InterfaceNotReadyLogsNothingButStillResetsTheReason) {
    TraceCapture traces;
-   a.chip->refuseNextRoutesIs(1, Fal::UnprogrammedReason::InterfaceNotReady);
+   a.chip.refuseNextIs(sim::RefuseTarget::routes, 1, Fal::UnprogrammedReason::InterfaceNotReady);
    routes(100, 1);
    settleAndCheck(a);
    ASSERT_EQ(a.state()->numUnprogrammedRoute(), 1u);
@@ -125,7 +124,7 @@ TEST_F(ReviewTest, InterfaceNotReadyLogsNothingButStillResetsTheReason) {
 TEST_F(ReviewTest, AdjacencyTableFullHoldsItsRoutesUntilThereIsRoom) {
    a.neighbor("10.0.0.3", kVlan10, "00:00:00:00:00:03");
    auto set2 = a.viaSet(2, {a.mplsVia(2, "10.0.0.3", kVlan10)});
-   a.chip->adjacencyCapacityIs(1);
+   a.chip.l2AdjacencyCapacityIs(1);
    routes(100, 2);
    a.route(200, set2);
    settleAndCheck(a);
@@ -137,7 +136,7 @@ TEST_F(ReviewTest, AdjacencyTableFullHoldsItsRoutesUntilThereIsRoom) {
    std::size_t programmed = programmedCount(100, 2) + (a.programmed(200) ? 1 : 0);
    EXPECT_TRUE(programmed == 2 || programmed == 1) << programmed;
 
-   a.chip->adjacencyCapacityIs(2);
+   a.chip.l2AdjacencyCapacityIs(2);
    settleAndCheck(a, 11.0);
    EXPECT_EQ(programmedCount(100, 2), 2u);
    EXPECT_TRUE(a.programmed(200));
@@ -151,8 +150,8 @@ TEST_F(ReviewTest, AnAdjacencyDeletedInTheRetryingPassIsNotProgrammedAgain) {
    // through it cannot be programmed, and one route through the other cannot either.
    a.neighbor("10.0.0.3", kVlan10, "00:00:00:00:00:03");
    auto set2 = a.viaSet(2, {a.mplsVia(2, "10.0.0.3", kVlan10)});
-   a.chip->adjacencyCapacityIs(1);
-   a.chip->routeCapacityIs(1);
+   a.chip.l2AdjacencyCapacityIs(1);
+   a.chip.routeCapacityIs(1);
    routes(100, 2);
    a.route(200, set2);
    a.route(201, set2);
@@ -179,15 +178,15 @@ TEST_F(ReviewTest, APassThatRunsOutOfTimeYieldsAndContinuesAtTheNextWakeUp) {
    routes(1000, 200);
    // Every read of the time moves it on by a millisecond: a pass gets about 25 reads.
    a.loop->autoAdvancePerReadIs(0.001);
-   std::uint64_t passes = a.sm->reviewCount();
+   std::uint64_t passes = a.sm()->reviewCount();
    a.settle(5.0);
    a.loop->autoAdvancePerReadIs(0.0);
    settleAndCheck(a);
    EXPECT_GT(traces.count("vrf review yielding"), 3u);
-   EXPECT_GT(a.sm->reviewCount() - passes, 3u);
+   EXPECT_GT(a.sm()->reviewCount() - passes, 3u);
    EXPECT_EQ(programmedCount(1000, 200), 200u);
    // Each pass stopped near its budget: one item may run over, never a whole batch.
-   EXPECT_LT(a.sm->longestReviewPass(), a.sm->reviewQuanta() + 0.02);
+   EXPECT_LT(a.sm()->longestReviewPass(), a.sm()->reviewQuanta() + 0.02);
 }
 
 TEST_F(ReviewTest, ACloggedAttributeLogHoldsTheReviewBack) {
@@ -205,11 +204,11 @@ TEST_F(ReviewTest, ForcedReprogrammingRewritesEveryRouteWithANewVersion) {
    routes(100, 3);
    settleAndCheck(a);
    std::uint64_t version = a.configRoute(100).version();
-   std::uint64_t writes = a.chip->routeWrites();
-   Fal::MplsSmTestAccess::doForceRouteReprogramming(*a.sm);
+   std::uint64_t writes = a.chip.routeWrites();
+   Fal::MplsSmTestAccess::doForceRouteReprogramming(*a.sm());
    settleAndCheck(a);
    EXPECT_GT(a.configRoute(100).version(), version);
-   EXPECT_EQ(a.chip->routeWrites(), writes + 3);
+   EXPECT_EQ(a.chip.routeWrites(), writes + 3);
    EXPECT_EQ(programmedCount(100, 3), 3u);
 }
 
