@@ -57,8 +57,9 @@ set(MPLSFWD_PRIVATE_HEADERS log/Assert.h log/FastLog.h log/Trace.h log/RateLimit
     Fal/RequireTable.h
     transit/FalMplsSm.h transit/VrfMplsState.h transit/AdjacencyObjects.h transit/MplsRoute.h
     transit/CachedLFibMplsViaColl.h transit/IpAddrIntfId.h transit/L3AdjLFibAdjType.h
+    transit/L3AdjPlan.h
     transit/MplsSmTrace.h
-    decap/FalMplsDecapSm.h decap/VlanAwareRouteSets.h decap/MplsDecapSmTrace.h
+    decap/FalMplsDecapSm.h decap/VlanAwareRouteSets.h decap/MplsDecapSmTrace.h decap/DecapKinds.h
     pseudowire/FalLFibSm.h pseudowire/PwIntfIdToFecIdCollection.h pseudowire/LFibSmTrace.h)
 
 function(mplsfwd_install_package)

@@ -8,6 +8,7 @@
 #include <mplsfwd/kor/SmReactor.h>
 #include <mplsfwd/log/Assert.h>
 
+#include "DecapKinds.h"
 #include "MplsDecapSmTrace.h"
 
 namespace Fal {
@@ -327,64 +328,6 @@ void MplsDecapSm::deleteRoute(const Mpls::RouteKey& routeKey) {
 // and record success as programmed, a refusal with reason 1 to 3 as unprogrammed, anything
 // above as neither. Delete: undo with the values that were programmed and drop the bookkeeping.
 
-// One row per kind: where the via is read and remembered, which helper operation programs and
-// undoes it, and the names its traces carry.
-template <>
-struct MplsDecapSm::SingleMapping<Mpls::LfibIpLookupVia> {
-   static constexpr Mpls::LfibViaType viaType = Mpls::viaTypeIpLookup_;
-   static constexpr const char* viaTypeText = "viaKey.viaType() == Mpls::viaTypeIpLookup()";
-   static constexpr const char* processName = "processIpLookupVia";
-   static constexpr const char* createName = "createIpLookupVia";
-   static constexpr const char* deleteName = "deleteIpLookupVia";
-   static constexpr auto programmed = &MplsDecapSm::routeIpLookupVia_;
-   static Mpls::LfibIpLookupVia read(const Mpls::LfibStatus& lfib, const Mpls::LfibViaKey& key) {
-      return lfib.ipLookupVia(key);
-   }
-   static Mpls::LfibHwProgrammingReturnCode create(FalHelper::MplsDecapHelper& helper,
-                                                   Wire::MplsLabel label,
-                                                   const Mpls::LfibIpLookupVia& via) {
-      return helper.createLabelToVrfMapping(label, via.vrfName(), via.payloadType());
-   }
-   static void remove(FalHelper::MplsDecapHelper& helper, Wire::MplsLabel label,
-                      const Mpls::LfibIpLookupVia& via) {
-      helper.deleteLabelToVrfMapping(label, via.vrfName(), via.payloadType());
-   }
-   static std::string text(const Mpls::LfibIpLookupVia& via) {
-      std::ostringstream os;
-      os << via.vrfName() << "/" << via.payloadType();
-      return os.str();
-   }
-};
-
-template <>
-struct MplsDecapSm::SingleMapping<Mpls::LfibVlanVia> {
-   static constexpr Mpls::LfibViaType viaType = Mpls::viaTypeVlan_;
-   static constexpr const char* viaTypeText = "viaKey.viaType() == Mpls::viaTypeVlan()";
-   static constexpr const char* processName = "processVlanVia";
-   static constexpr const char* createName = "createVlanVia";
-   static constexpr const char* deleteName = "deleteVlanVia";
-   static constexpr auto programmed = &MplsDecapSm::routeVlanVia_;
-   static constexpr bool flood = false;
-   static Mpls::LfibVlanVia read(const Mpls::LfibStatus& lfib, const Mpls::LfibViaKey& key) {
-      return lfib.vlanVia(key);
-   }
-};
-
-template <>
-struct MplsDecapSm::SingleMapping<Mpls::LfibEvpnVlanFloodVia> {
-   static constexpr Mpls::LfibViaType viaType = Mpls::viaTypeEvpnVlanFlood_;
-   static constexpr const char* viaTypeText = "viaKey.viaType() == Mpls::viaTypeEvpnVlanFlood()";
-   static constexpr const char* processName = "processEvpnVlanFloodVia";
-   static constexpr const char* createName = "createEvpnVlanFloodVia";
-   static constexpr const char* deleteName = "deleteEvpnVlanFloodVia";
-   static constexpr auto programmed = &MplsDecapSm::routeEvpnVlanFloodVia_;
-   static constexpr bool flood = true;
-   static Mpls::LfibEvpnVlanFloodVia read(const Mpls::LfibStatus& lfib,
-                                          const Mpls::LfibViaKey& key) {
-      return lfib.evpnVlanFloodVia(key);
-   }
-};
-
 namespace {
 
 // The VLAN kinds differ only in the flood flag that they hand the helper.
@@ -418,10 +361,11 @@ auto mappingText(const Via& via) {
 
 }  // namespace
 
-template <class Via>
-void MplsDecapSm::processSingleMapping(const Mpls::RouteKey& routeKey,
-                                       const Mpls::LfibViaKey& viaKey) {
-   using Kind = SingleMapping<Via>;
+// Every kind: read the via; create it unless it is what is already programmed (after the delete
+// that precedes every create, only an absent via is).
+template <class Kind>
+void MplsDecapSm::processVia(const Mpls::RouteKey& routeKey, const Mpls::LfibViaKey& viaKey) {
+   using Via = typename Kind::Via;
    SM_TRACE(8, Kind::processName << " route " << routeKey << " via " << viaKey);
    FAL_ASSERT(initialized());
    FAL_ASSERT(viaKey.viaType() == Kind::viaType, Kind::viaTypeText);
@@ -431,7 +375,7 @@ void MplsDecapSm::processSingleMapping(const Mpls::RouteKey& routeKey,
                          << " route " << routeKey);
       return;
    }
-   createSingleMapping(routeKey, via);
+   (this->*Kind::createVia)(routeKey, via);
 }
 
 template <class Via>
@@ -468,14 +412,22 @@ void MplsDecapSm::deleteSingleMapping(const Mpls::RouteKey& routeKey) {
 
 void MplsDecapSm::processIpLookupVia(const Mpls::RouteKey& routeKey,
                                      const Mpls::LfibViaKey& viaKey) {
-   processSingleMapping<Mpls::LfibIpLookupVia>(routeKey, viaKey);
+   processVia<SingleMapping<Mpls::LfibIpLookupVia>>(routeKey, viaKey);
 }
 void MplsDecapSm::processVlanVia(const Mpls::RouteKey& routeKey, const Mpls::LfibViaKey& viaKey) {
-   processSingleMapping<Mpls::LfibVlanVia>(routeKey, viaKey);
+   processVia<SingleMapping<Mpls::LfibVlanVia>>(routeKey, viaKey);
 }
 void MplsDecapSm::processEvpnVlanFloodVia(const Mpls::RouteKey& routeKey,
                                           const Mpls::LfibViaKey& viaKey) {
-   processSingleMapping<Mpls::LfibEvpnVlanFloodVia>(routeKey, viaKey);
+   processVia<SingleMapping<Mpls::LfibEvpnVlanFloodVia>>(routeKey, viaKey);
+}
+void MplsDecapSm::processEvpnVlanAwareVia(const Mpls::RouteKey& routeKey,
+                                          const Mpls::LfibViaKey& viaKey) {
+   processVia<VlanAwareKind<Mpls::LfibEvpnVlanAwareVia>>(routeKey, viaKey);
+}
+void MplsDecapSm::processEvpnVlanAwareFloodVia(const Mpls::RouteKey& routeKey,
+                                               const Mpls::LfibViaKey& viaKey) {
+   processVia<VlanAwareKind<Mpls::LfibEvpnVlanAwareFloodVia>>(routeKey, viaKey);
 }
 void MplsDecapSm::createIpLookupVia(const Mpls::RouteKey& routeKey,
                                     const Mpls::LfibIpLookupVia& via) {

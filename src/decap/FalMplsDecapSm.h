@@ -170,22 +170,20 @@ class MplsDecapSm : public Kor::Entity {
    class LfibStatusReactor;
    class LfibTrackingStatusReactor;
    class Dot1qTagToVlanCollReactor;
-   // The IP-lookup, VLAN and EVPN VLAN flood vias: each one mapping of the label (the rows are in
-   // FalMplsDecapSm.cpp).
+
+   // Every via kind (rows in DecapKinds.h): read the via, create it unless already programmed.
+   template <class Kind>
+   void processVia(const Mpls::RouteKey& routeKey, const Mpls::LfibViaKey& viaKey);
+   // The IP-lookup, VLAN and EVPN VLAN flood vias: each one mapping of the label.
    template <class Via>
    struct SingleMapping;
-   template <class Via>
-   void processSingleMapping(const Mpls::RouteKey& routeKey, const Mpls::LfibViaKey& viaKey);
    template <class Via>
    void createSingleMapping(const Mpls::RouteKey& routeKey, const Via& via);
    template <class Via>
    void deleteSingleMapping(const Mpls::RouteKey& routeKey);
-   // The VLAN-aware vias, plain or flooding: one mapping per dot1q tag of a collection (the rows
-   // are in FalMplsDecapSmVlanAware.cpp).
+   // The VLAN-aware vias, plain or flooding: one mapping per dot1q tag of a collection.
    template <class Via>
    struct VlanAwareKind;
-   template <class Via>
-   void processVlanAware(const Mpls::RouteKey& routeKey, const Mpls::LfibViaKey& viaKey);
    template <class Via>
    void createVlanAware(const Mpls::RouteKey& routeKey, const Via& via);
    template <class Via>

@@ -5,6 +5,7 @@
 
 #include <mplsfwd/log/Assert.h>
 
+#include "DecapKinds.h"
 #include "FalMplsDecapSm.h"
 #include "MplsDecapSmTrace.h"
 
@@ -20,56 +21,6 @@ unsigned rcValue(Mpls::LfibHwProgrammingReturnCode rc) {
 
 bool MplsDecapSm::vlanAwareFlood(const Mpls::RouteKey& routeKey) const {
    return routeViaType(routeKey) == Mpls::viaTypeEvpnVlanAwareFlood_;
-}
-
-// One row per VLAN-aware kind: where the via is read and remembered, whether it floods, and the
-// names its traces and assertions carry.
-template <>
-struct MplsDecapSm::VlanAwareKind<Mpls::LfibEvpnVlanAwareVia> {
-   static constexpr Mpls::LfibViaType viaType = Mpls::viaTypeEvpnVlanAware_;
-   static constexpr const char* viaTypeText = "viaKey.viaType() == Mpls::viaTypeEvpnVlanAware_";
-   static constexpr const char* processName = "processEvpnVlanAwareVia";
-   static constexpr const char* createName = "createEvpnVlanAwareVia";
-   static constexpr const char* deleteName = "deleteEvpnVlanAwareVia";
-   static constexpr const char* sameViaText = "routeEvpnVlanAwareVia( routeKey ) == via";
-   static constexpr auto programmed = &MplsDecapSm::routeEvpnVlanAwareVia_;
-   static constexpr bool flood = false;
-   static Mpls::LfibEvpnVlanAwareVia read(const Mpls::LfibStatus& lfib,
-                                          const Mpls::LfibViaKey& key) {
-      return lfib.evpnVlanAwareVia(key);
-   }
-};
-
-template <>
-struct MplsDecapSm::VlanAwareKind<Mpls::LfibEvpnVlanAwareFloodVia> {
-   static constexpr Mpls::LfibViaType viaType = Mpls::viaTypeEvpnVlanAwareFlood_;
-   static constexpr const char* viaTypeText =
-       "viaKey.viaType() == Mpls::viaTypeEvpnVlanAwareFlood_";
-   static constexpr const char* processName = "processEvpnVlanAwareFloodVia";
-   static constexpr const char* createName = "createEvpnVlanAwareFloodVia";
-   static constexpr const char* deleteName = "deleteEvpnVlanAwareFloodVia";
-   static constexpr const char* sameViaText = "*programmed == via";
-   static constexpr auto programmed = &MplsDecapSm::routeEvpnVlanAwareFloodVia_;
-   static constexpr bool flood = true;
-   static Mpls::LfibEvpnVlanAwareFloodVia read(const Mpls::LfibStatus& lfib,
-                                               const Mpls::LfibViaKey& key) {
-      return lfib.evpnVlanAwareFloodVia(key);
-   }
-};
-
-template <class Via>
-void MplsDecapSm::processVlanAware(const Mpls::RouteKey& routeKey, const Mpls::LfibViaKey& viaKey) {
-   using Kind = VlanAwareKind<Via>;
-   SM_TRACE(8, Kind::processName << " route " << routeKey << " via " << viaKey);
-   FAL_ASSERT(initialized());
-   FAL_ASSERT(viaKey.viaType() == Kind::viaType, Kind::viaTypeText);
-   const Via via = Kind::read(*lfibStatus_, viaKey);
-   if (via == (this->*Kind::programmed)(routeKey)) {
-      SM_DECISION(5, "no via to program"
-                         << " route " << routeKey);
-      return;
-   }
-   createVlanAware(routeKey, via);
 }
 
 // The route is recorded before any helper call, whatever the helper answers, so that the next
@@ -99,14 +50,6 @@ void MplsDecapSm::deleteVlanAware(const Mpls::RouteKey& routeKey) {
    (this->*Kind::programmed).del(routeKey);
 }
 
-void MplsDecapSm::processEvpnVlanAwareVia(const Mpls::RouteKey& routeKey,
-                                          const Mpls::LfibViaKey& viaKey) {
-   processVlanAware<Mpls::LfibEvpnVlanAwareVia>(routeKey, viaKey);
-}
-void MplsDecapSm::processEvpnVlanAwareFloodVia(const Mpls::RouteKey& routeKey,
-                                               const Mpls::LfibViaKey& viaKey) {
-   processVlanAware<Mpls::LfibEvpnVlanAwareFloodVia>(routeKey, viaKey);
-}
 void MplsDecapSm::createEvpnVlanAwareVia(const Mpls::RouteKey& routeKey,
                                          const Mpls::LfibEvpnVlanAwareVia& via) {
    createVlanAware(routeKey, via);

@@ -31,6 +31,7 @@
 #include "AdjacencyObjects.h"
 #include "CachedLFibMplsViaColl.h"
 #include "L3AdjLFibAdjType.h"
+#include "L3AdjPlan.h"
 #include "RouteExplanation.h"
 #include "VrfMplsState.h"
 
@@ -183,9 +184,21 @@ class MplsSm : public Kor::Entity {
    void handleLFibViaSetHelper(const Mpls::LfibViaSetKey& key, bool delFromBacklog);
    L3AdjacencyPtr newL3Adjacency(VrfMplsState& vrf);
    void processL3Adj(VrfMplsState& vrf, std::uint64_t index);
-   bool validateMplsIpL3Adj(VrfMplsState& vrf, const Mpls::LfibViaSet* lFibViaSet,
+   // The review of one L3 adjacency in two steps: what to do, read from the state without
+   // changing it (each rule traced where it fires), then doing it; true when programmed.
+   L3AdjPlan classifyL3Adj(const VrfMplsState& vrf, const L3Adjacency& l3Adj) const;
+   // False, with the reason, for a via set that the hardware layer cannot carry.
+   bool validateMplsIpL3Adj(const VrfMplsState& vrf, const Mpls::LfibViaSet* lFibViaSet,
                             const Mpls::LfibViaSetKey& key,
-                            const Kor::Ptr<const CachedLFibMplsViaColl>& lFibVias);
+                            const Kor::Ptr<const CachedLFibMplsViaColl>& lFibVias,
+                            L3AdjPlan::Skip& why) const;
+   // The backup rules: their verdict and what the apply step does about the backup go in `plan`.
+   void validateBackupAdjInfo(const VrfMplsState& vrf, const Mpls::LfibViaSet& lFibViaSet,
+                              L3AdjPlan& plan) const;
+   bool applyL3AdjPlan(VrfMplsState& vrf, const L3AdjacencyPtr& l3Adj, const L3AdjPlan& plan);
+   // The backup half of a plan: links, creates, lets go of or waits for the backup adjacency.
+   void maybeUpdateBackupAdjInfo(VrfMplsState& vrf, const L3AdjacencyPtr& l3Adj,
+                                 const L3AdjPlan& plan, const Mpls::LfibViaSet* lFibViaSet);
    Kor::Ptr<const CachedLFibMplsViaColl> getSaneMplsIpLFibVias(
        const Mpls::LfibViaSet& lFibViaSet) const;
    bool isLFibViaSetSane(const Mpls::LfibViaSet& lFibViaSet) const;
@@ -194,7 +207,7 @@ class MplsSm : public Kor::Entity {
    static bool hasDynamicTunnelAdj(const CachedLFibMplsViaColl& lFibVias);
    bool shouldProcessAdjAsExtFec(const Mpls::LfibViaSetKey& key,
                                  const CachedLFibMplsViaColl& lFibVias) const;
-   Mpls::LfibExtFecVia getAndValidateExtFecVia(VrfMplsState& vrf,
+   Mpls::LfibExtFecVia getAndValidateExtFecVia(const VrfMplsState& vrf,
                                                const Mpls::LfibViaSetKey& key) const;
    MplsL2AdjacencyPtr processMplsIpL3Adj(VrfMplsState& vrf, const L3AdjacencyPtr& l3Adj,
                                          const Mpls::LfibViaSet& lFibViaSet,
@@ -207,11 +220,6 @@ class MplsSm : public Kor::Entity {
                                    bool withBackup = true);
    void processExtFecL3Adj(VrfMplsState& vrf, const L3AdjacencyPtr& l3Adj,
                            const Mpls::LfibViaSetKey& key, const Mpls::LfibExtFecVia& extFecVia);
-   // False when the primary cannot go on yet; `backingOff`, when given, tells a wait for the
-   // backup's review (the primary keeps what it has) from a via set that cannot be carried.
-   bool validateAndMaybeUpdateBackupAdjInfo(VrfMplsState& vrf, const L3AdjacencyPtr& l3Adj,
-                                            const Mpls::LfibViaSet& lFibViaSet,
-                                            bool* backingOff = nullptr);
    // Makes `backupAdj` the backup of `l3Adj`; a backup it replaces is let go and reviewed, so
    // that it goes (with its FEC) once nothing else uses it.
    void linkBackupAdj(VrfMplsState& vrf, const L3AdjacencyPtr& l3Adj,

@@ -160,81 +160,10 @@ void MplsSm::processL3Adj(VrfMplsState& vrf, std::uint64_t index) {
    FAL_ASSERT(key.viaType() == Mpls::viaTypeMplsIp_ || key.viaType() == Mpls::viaTypeExternalFec_,
               "lFibViaSetKey.viaType() == Mpls::viaTypeMplsIp_ || lFibViaSetKey.viaType() == "
               "Mpls::viaTypeExternalFec_");
-   const Mpls::LfibViaSet* viaSet = transitLfib_->viaSetPtr(key);
-   bool programmed = false;
    const MplsL2AdjacencyPtr l2Before = l3Adj->l2Adjacency();
    const ExternalFecInfoPtr fecBefore = l3Adj->extFecInfo();
    const bool unprogrammedBefore = l3Adj->unprogrammed();
-   if (key.viaType() == Mpls::viaTypeExternalFec_) {
-      Mpls::LfibExtFecVia via = getAndValidateExtFecVia(vrf, key);
-      if (!(via == Mpls::LfibExtFecVia())) {
-         processExtFecL3Adj(vrf, l3Adj, key, via);
-         programmed = true;
-      } else {
-         cleanupL3AdjInfo(vrf, l3Adj, true, true);
-      }
-   } else {
-      Kor::Ptr<const CachedLFibMplsViaColl> vias =
-          viaSet ? getSaneMplsIpLFibVias(*viaSet) : nullptr;
-      bool valid = validateMplsIpL3Adj(vrf, viaSet, key, vias);
-      if (viaSet && !viaSet->hasBackup() && l3Adj->backupAdj()) {
-         // The via set dropped its backup: let the old one go; its own review deletes it once
-         // nothing else uses it.
-         L3AdjacencyPtr old = l3Adj->backupAdj();
-         l3Adj->backupAdjIs(nullptr);
-         old->primaryAdjDel(index);
-         vrf.l3AdjForReviewIs(old->index(), true);
-      }
-      bool backingOff = false;
-      if (valid && viaSet->hasBackup() &&
-          !validateAndMaybeUpdateBackupAdjInfo(vrf, l3Adj, *viaSet, &backingOff)) {
-         valid = false;
-      }
-      // A backup relation exists only between FECs (a FEC names its backup FEC), so both sides
-      // of one go the FEC way; without FEC forwarding there is no way to program them.
-      bool inBackupRelation = valid && (viaSet->hasBackup() || l3Adj->primaryAdjs() > 0);
-      if (valid && inBackupRelation && !forwardingIntoExternalFecsSupported()) {
-         SM_DECISION(1, "lFib viaSet " << key
-                                       << " is in a backup relation, which needs forwarding into "
-                                          "FECs; skipping l3 adj");
-         valid = false;
-      }
-      if (valid && !inBackupRelation && findL3AdjLFibAdjType(vias.ptr()) != adjTypeRegular_ &&
-          !forwardingIntoExternalFecsSupported()) {
-         SM_DECISION(1, "lFib viaSet " << key
-                                       << " holds tunnel vias, which need forwarding into FECs; "
-                                          "skipping l3 adj");
-         valid = false;
-      }
-      if (valid && viaSet->hasBackup() && !vrf.lFibViaSetToFecIdHas(viaSet->backupViaSetKey())) {
-         SM_DECISION(1, "backup viaSet of " << key << " has no FEC yet, backing off");
-         valid = false;
-         backingOff = true;
-      }
-      if (!valid && backingOff && l3Adj->extFecInfo()) {
-         // Only the backup is not ready: the primary keeps its FEC and its id, and names the
-         // backup's FEC once there is one. Freeing it here would renumber a FEC that routes are
-         // programmed through.
-         SM_DECISION(1, "l3 adj " << index << " keeps its FEC while its backup is not ready");
-         programmed = processMplsIpL3AdjAsExtFec(
-             vrf, l3Adj, *viaSet, vias, vrf.lFibViaSetToFecIdHas(viaSet->backupViaSetKey()));
-      } else if (!valid) {
-         cleanupL3AdjInfo(vrf, l3Adj, true, true);
-      } else if (inBackupRelation || shouldProcessAdjAsExtFec(key, *vias)) {
-         cleanupL3AdjInfo(vrf, l3Adj, true, false);
-         programmed = processMplsIpL3AdjAsExtFec(vrf, l3Adj, *viaSet, vias);
-      } else {
-         cleanupL3AdjInfo(vrf, l3Adj, false, true);
-         MplsL2AdjacencyPtr l2Adj = processMplsIpL3Adj(vrf, l3Adj, *viaSet, *vias);
-         if (l2Adj) {
-            SM_TRACE(1, "prog l2 adj " << l2Adj->index() << " in vrf " << vrf.vrfName());
-            progHwL2Adj(vrf.vrfName(), routingHwMplsStatus_->l2Adjacency(l2Adj->index()));
-            programmed = true;
-         } else {
-            SM_TRACE(1, "l3Adj " << index << " not resolved");
-         }
-      }
-   }
+   const bool programmed = applyL3AdjPlan(vrf, l3Adj, classifyL3Adj(vrf, *l3Adj));
    l3Adj->unprogrammedIs(!programmed);
    if (auto hwAdj = routingHwMplsStatus_->adjacency(index)) {
       hwAdj->unprogrammedIs(!programmed);
@@ -250,6 +179,212 @@ void MplsSm::processL3Adj(VrfMplsState& vrf, std::uint64_t index) {
       if (programmed) {
          vrf.l3AdjForReviewIs(primary, true);
       }
+   }
+}
+
+// ---- Classification: the rules in their order, each traced where it fires; nothing changes.
+
+L3AdjPlan MplsSm::classifyL3Adj(const VrfMplsState& vrf, const L3Adjacency& l3Adj) const {
+   using Skip = L3AdjPlan::Skip;
+   L3AdjPlan plan;
+   const Mpls::LfibViaSetKey& key = l3Adj.lFibViaSetKey();
+   if (key.viaType() == Mpls::viaTypeExternalFec_) {
+      plan.extFecVia = getAndValidateExtFecVia(vrf, key);
+      if (plan.extFecVia == Mpls::LfibExtFecVia()) {
+         plan.skip = Skip::extFecRejected;
+      } else {
+         plan.way = L3AdjPlan::Way::externalFec;
+      }
+      return plan;
+   }
+   const Mpls::LfibViaSet* viaSet = transitLfib_->viaSetPtr(key);
+   plan.vias = viaSet ? getSaneMplsIpLFibVias(*viaSet) : nullptr;
+   validateMplsIpL3Adj(vrf, viaSet, key, plan.vias, plan.skip);
+   if (viaSet && !viaSet->hasBackup() && l3Adj.backupAdj()) {
+      plan.backup = L3AdjPlan::Backup::drop;
+   }
+   if (plan.skip == Skip::none && viaSet->hasBackup()) {
+      validateBackupAdjInfo(vrf, *viaSet, plan);
+   }
+   // A backup relation exists only between FECs (a FEC names its backup FEC), so both sides of
+   // one go the FEC way; without FEC forwarding there is no way to program them.
+   const bool inBackupRelation =
+       plan.skip == Skip::none && (viaSet->hasBackup() || l3Adj.primaryAdjs() > 0);
+   if (plan.skip == Skip::none && inBackupRelation && !forwardingIntoExternalFecsSupported()) {
+      SM_DECISION(1, "lFib viaSet " << key
+                                    << " is in a backup relation, which needs forwarding into "
+                                       "FECs; skipping l3 adj");
+      plan.skip = Skip::needsFecForBackup;
+   }
+   if (plan.skip == Skip::none && !inBackupRelation &&
+       findL3AdjLFibAdjType(plan.vias.ptr()) != adjTypeRegular_ &&
+       !forwardingIntoExternalFecsSupported()) {
+      SM_DECISION(1, "lFib viaSet " << key
+                                    << " holds tunnel vias, which need forwarding into FECs; "
+                                       "skipping l3 adj");
+      plan.skip = Skip::needsFecForTunnel;
+   }
+   if (plan.skip == Skip::none && viaSet->hasBackup() &&
+       !vrf.lFibViaSetToFecIdHas(viaSet->backupViaSetKey())) {
+      SM_DECISION(1, "backup viaSet of " << key << " has no FEC yet, backing off");
+      plan.skip = Skip::backupWithoutFec;
+   }
+   if (plan.skip != Skip::none) {
+      // Only the backup is not ready: the primary keeps its FEC and its id, and names the
+      // backup's FEC once there is one. Freeing it here would renumber a FEC that routes are
+      // programmed through.
+      if (plan.backingOff() && l3Adj.extFecInfo()) {
+         SM_DECISION(1,
+                     "l3 adj " << l3Adj.index() << " keeps its FEC while its backup is not ready");
+         plan.way = L3AdjPlan::Way::keepFec;
+      }
+   } else if (inBackupRelation || shouldProcessAdjAsExtFec(key, *plan.vias)) {
+      plan.way = L3AdjPlan::Way::fec;
+   } else {
+      plan.way = L3AdjPlan::Way::l2;
+   }
+   return plan;
+}
+
+bool MplsSm::validateMplsIpL3Adj(const VrfMplsState&, const Mpls::LfibViaSet* viaSet,
+                                 const Mpls::LfibViaSetKey& key,
+                                 const Kor::Ptr<const CachedLFibMplsViaColl>& vias,
+                                 L3AdjPlan::Skip& why) const {
+   FAL_ASSERT(key.viaType() == Mpls::viaTypeMplsIp_,
+              "lFibViaSetKey.viaType() == Mpls::viaTypeMplsIp_");
+   if (!viaSet) {
+      SM_DECISION(1,
+                  "lFib viaSet idx " << key.index() << " viaType " << key.viaType() << " deleted");
+      why = L3AdjPlan::Skip::viaSetDeleted;
+      return false;
+   }
+   if (!vias) {
+      SM_DECISION(1, "LFib via set " << key << ", type " << key.viaType() << " is not sane");
+      why = L3AdjPlan::Skip::notSane;
+      return false;
+   }
+   if (viaSet->vias() == 0) {
+      SM_DECISION(1, "LFib via set " << key << ", type " << key.viaType() << " has no vias");
+      why = L3AdjPlan::Skip::noVias;
+      return false;
+   }
+   SM_TRACE(1, " via size " << viaSet->vias());
+   return true;
+}
+
+void MplsSm::validateBackupAdjInfo(const VrfMplsState& vrf, const Mpls::LfibViaSet& viaSet,
+                                   L3AdjPlan& plan) const {
+   const Mpls::LfibViaSetKey& backupKey = viaSet.backupViaSetKey();
+   const Mpls::LfibViaSet* backupSet = transitLfib_->viaSetPtr(backupKey);
+   if (!backupSet) {
+      SM_DECISION(1, "backup viaSet idx " << backupKey.index() << " viaType " << backupKey.viaType()
+                                          << " missing from lfib");
+      // Nothing about the primary changes when its backup arrives: look again then.
+      plan.skip = L3AdjPlan::Skip::backupMissing;
+      plan.backup = L3AdjPlan::Backup::await;
+      return;
+   }
+   if (backupSet->hasBackup()) {
+      // A backup of a backup is not something the hardware can express; skip the set.
+      SM_DECISION(1, "backup viaSet idx " << backupKey.index() << " viaType " << backupKey.viaType()
+                                          << " has a backup of its own");
+      plan.skip = L3AdjPlan::Skip::backupHasBackup;
+      return;
+   }
+   plan.backupAdj = vrf.lFibViaSetToL3AdjHas(backupKey)
+                        ? vrf.l3Adjacency(vrf.lFibViaSetToL3Adj(backupKey))
+                        : nullptr;
+   if (!plan.backupAdj) {
+      SM_DECISION(1, "backup viaSet idx " << backupKey.index() << " viaType " << backupKey.viaType()
+                                          << " not yet up for review, kicking off review and "
+                                             "backing off");
+      plan.skip = L3AdjPlan::Skip::backupNew;
+      plan.backup = L3AdjPlan::Backup::create;
+      return;
+   }
+   if (vrf.l3AdjForReview(plan.backupAdj->index())) {
+      SM_DECISION(1, "backup viaSet idx " << backupKey.index() << " viaType " << backupKey.viaType()
+                                          << " waiting to be reviewed, backing off until reviewed");
+      plan.skip = L3AdjPlan::Skip::backupInReview;
+      plan.backup = L3AdjPlan::Backup::linkAndWait;
+      return;
+   }
+   plan.backup = L3AdjPlan::Backup::link;
+}
+
+// ---- Applying a plan: true when the adjacency is programmed.
+
+bool MplsSm::applyL3AdjPlan(VrfMplsState& vrf, const L3AdjacencyPtr& l3Adj, const L3AdjPlan& plan) {
+   const Mpls::LfibViaSetKey key = l3Adj->lFibViaSetKey();
+   const Mpls::LfibViaSet* viaSet = transitLfib_->viaSetPtr(key);
+   maybeUpdateBackupAdjInfo(vrf, l3Adj, plan, viaSet);
+   switch (plan.way) {
+      case L3AdjPlan::Way::skip:
+         cleanupL3AdjInfo(vrf, l3Adj, true, true);
+         return false;
+      case L3AdjPlan::Way::keepFec:
+         return processMplsIpL3AdjAsExtFec(vrf, l3Adj, *viaSet, plan.vias,
+                                           vrf.lFibViaSetToFecIdHas(viaSet->backupViaSetKey()));
+      case L3AdjPlan::Way::externalFec:
+         processExtFecL3Adj(vrf, l3Adj, key, plan.extFecVia);
+         return true;
+      case L3AdjPlan::Way::fec:
+         cleanupL3AdjInfo(vrf, l3Adj, true, false);
+         return processMplsIpL3AdjAsExtFec(vrf, l3Adj, *viaSet, plan.vias);
+      case L3AdjPlan::Way::l2:
+         break;
+   }
+   cleanupL3AdjInfo(vrf, l3Adj, false, true);
+   MplsL2AdjacencyPtr l2Adj = processMplsIpL3Adj(vrf, l3Adj, *viaSet, *plan.vias);
+   if (!l2Adj) {
+      SM_TRACE(1, "l3Adj " << l3Adj->index() << " not resolved");
+      return false;
+   }
+   SM_TRACE(1, "prog l2 adj " << l2Adj->index() << " in vrf " << vrf.vrfName());
+   progHwL2Adj(vrf.vrfName(), routingHwMplsStatus_->l2Adjacency(l2Adj->index()));
+   return true;
+}
+
+void MplsSm::maybeUpdateBackupAdjInfo(VrfMplsState& vrf, const L3AdjacencyPtr& l3Adj,
+                                      const L3AdjPlan& plan, const Mpls::LfibViaSet* viaSet) {
+   switch (plan.backup) {
+      case L3AdjPlan::Backup::none:
+         return;
+      case L3AdjPlan::Backup::drop: {
+         // The via set dropped its backup: let the old one go; its own review deletes it once
+         // nothing else uses it.
+         L3AdjacencyPtr old = l3Adj->backupAdj();
+         l3Adj->backupAdjIs(nullptr);
+         old->primaryAdjDel(l3Adj->index());
+         vrf.l3AdjForReviewIs(old->index(), true);
+         return;
+      }
+      case L3AdjPlan::Backup::await:
+         vrf.primaryAwaitingBackupIs(viaSet->backupViaSetKey(), viaSet->key());
+         return;
+      case L3AdjPlan::Backup::create: {
+         const Mpls::LfibViaSetKey& backupKey = viaSet->backupViaSetKey();
+         L3AdjacencyPtr backupAdj = newL3Adjacency(vrf);
+         backupAdj->lFibViaSetKeyIs(backupKey);
+         vrf.lFibViaSetToL3AdjIs(backupKey, backupAdj->index());
+         // Linked at once so that the backup is kept while it waits for its review.
+         linkBackupAdj(vrf, l3Adj, backupAdj);
+         vrf.l3AdjForReviewIs(backupAdj->index(), true);
+         vrf.l3AdjForReviewIs(l3Adj->index(), true);
+         return;
+      }
+      case L3AdjPlan::Backup::linkAndWait:
+         linkBackupAdj(vrf, l3Adj, plan.backupAdj);
+         vrf.l3AdjForReviewIs(l3Adj->index(), true);
+         return;
+      case L3AdjPlan::Backup::link:
+         if (l3Adj->backupAdj() == plan.backupAdj) {
+            FAL_ASSERT(l3Adj->backupAdj()->lFibViaSetKey() == viaSet->backupViaSetKey(),
+                       "l3Adj->backupAdj()->lFibViaSetKey() == backupLFibViaSetKey");
+         } else {
+            linkBackupAdj(vrf, l3Adj, plan.backupAdj);
+         }
+         return;
    }
 }
 
@@ -347,28 +482,6 @@ bool MplsSm::isLFibViaSetSane(const Mpls::LfibViaSet& viaSet) const {
    return checkMplsIpLFibVias(viaSet, nullptr);
 }
 
-bool MplsSm::validateMplsIpL3Adj(VrfMplsState&, const Mpls::LfibViaSet* viaSet,
-                                 const Mpls::LfibViaSetKey& key,
-                                 const Kor::Ptr<const CachedLFibMplsViaColl>& vias) {
-   FAL_ASSERT(key.viaType() == Mpls::viaTypeMplsIp_,
-              "lFibViaSetKey.viaType() == Mpls::viaTypeMplsIp_");
-   if (!viaSet) {
-      SM_DECISION(1,
-                  "lFib viaSet idx " << key.index() << " viaType " << key.viaType() << " deleted");
-      return false;
-   }
-   if (!vias) {
-      SM_DECISION(1, "LFib via set " << key << ", type " << key.viaType() << " is not sane");
-      return false;
-   }
-   if (viaSet->vias() == 0) {
-      SM_DECISION(1, "LFib via set " << key << ", type " << key.viaType() << " has no vias");
-      return false;
-   }
-   SM_TRACE(1, " via size " << viaSet->vias());
-   return true;
-}
-
 L3AdjLFibAdjType MplsSm::findL3AdjLFibAdjType(const CachedLFibMplsViaColl* vias) {
    if (!vias) {
       return adjTypeUnknown_;
@@ -418,7 +531,7 @@ bool MplsSm::shouldProcessAdjAsExtFec(const Mpls::LfibViaSetKey& key,
    return false;
 }
 
-Mpls::LfibExtFecVia MplsSm::getAndValidateExtFecVia(VrfMplsState&,
+Mpls::LfibExtFecVia MplsSm::getAndValidateExtFecVia(const VrfMplsState&,
                                                     const Mpls::LfibViaSetKey& key) const {
    return checkExtFecVia(key, nullptr);
 }
@@ -504,70 +617,6 @@ bool MplsSm::processMplsIpL3AdjAsExtFec(VrfMplsState& vrf, const L3AdjacencyPtr&
 }
 
 // ---- Backups.
-
-bool MplsSm::validateAndMaybeUpdateBackupAdjInfo(VrfMplsState& vrf, const L3AdjacencyPtr& l3Adj,
-                                                 const Mpls::LfibViaSet& viaSet, bool* backingOff) {
-   const Mpls::LfibViaSetKey& key = viaSet.key();
-   const Mpls::LfibViaSetKey& backupKey = viaSet.backupViaSetKey();
-   if (backingOff) {
-      *backingOff = false;
-   }
-   if (!transitLfib_->viaSetHas(key)) {
-      SM_DECISION(1,
-                  "lFib viaSet idx " << key.index() << " viaType " << key.viaType() << " deleted");
-      return false;
-   }
-   const Mpls::LfibViaSet* backupSet = transitLfib_->viaSetPtr(backupKey);
-   if (!backupSet) {
-      SM_DECISION(1, "backup viaSet idx " << backupKey.index() << " viaType " << backupKey.viaType()
-                                          << " missing from lfib");
-      // Nothing about the primary changes when its backup arrives: remember to look again then.
-      vrf.primaryAwaitingBackupIs(backupKey, key);
-      return false;
-   }
-   if (backupSet->hasBackup()) {
-      // A backup of a backup is not something the hardware can express; skip the set.
-      SM_DECISION(1, "backup viaSet idx " << backupKey.index() << " viaType " << backupKey.viaType()
-                                          << " has a backup of its own");
-      return false;
-   }
-   L3AdjacencyPtr backupAdj = vrf.lFibViaSetToL3AdjHas(backupKey)
-                                  ? vrf.l3Adjacency(vrf.lFibViaSetToL3Adj(backupKey))
-                                  : nullptr;
-   if (!backupAdj) {
-      backupAdj = newL3Adjacency(vrf);
-      backupAdj->lFibViaSetKeyIs(backupKey);
-      vrf.lFibViaSetToL3AdjIs(backupKey, backupAdj->index());
-      // Linked at once so that the backup is kept while it waits for its review.
-      linkBackupAdj(vrf, l3Adj, backupAdj);
-      vrf.l3AdjForReviewIs(backupAdj->index(), true);
-      SM_DECISION(1, "backup viaSet idx " << backupKey.index() << " viaType " << backupKey.viaType()
-                                          << " not yet up for review, kicking off review and "
-                                             "backing off");
-      vrf.l3AdjForReviewIs(l3Adj->index(), true);
-      if (backingOff) {
-         *backingOff = true;
-      }
-      return false;
-   }
-   if (vrf.l3AdjForReview(backupAdj->index())) {
-      SM_DECISION(1, "backup viaSet idx " << backupKey.index() << " viaType " << backupKey.viaType()
-                                          << " waiting to be reviewed, backing off until reviewed");
-      linkBackupAdj(vrf, l3Adj, backupAdj);
-      vrf.l3AdjForReviewIs(l3Adj->index(), true);
-      if (backingOff) {
-         *backingOff = true;
-      }
-      return false;
-   }
-   if (l3Adj->backupAdj() == backupAdj) {
-      FAL_ASSERT(l3Adj->backupAdj()->lFibViaSetKey() == backupKey,
-                 "l3Adj->backupAdj()->lFibViaSetKey() == backupLFibViaSetKey");
-   } else {
-      linkBackupAdj(vrf, l3Adj, backupAdj);
-   }
-   return true;
-}
 
 void MplsSm::linkBackupAdj(VrfMplsState& vrf, const L3AdjacencyPtr& l3Adj,
                            const L3AdjacencyPtr& backupAdj) {

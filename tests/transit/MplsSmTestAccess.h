@@ -11,6 +11,10 @@ struct MplsSmTestAccess {
                                                       VrfMplsState& vrf) {
       return sm.getOrAllocateMplsV4FecId(key, vrf);
    }
+   static L3AdjPlan classifyL3Adj(const MplsSm& sm, const VrfMplsState& vrf,
+                                  const L3Adjacency& l3Adj) {
+      return sm.classifyL3Adj(vrf, l3Adj);
+   }
    static void freeMplsV4FecId(MplsSm& sm, Memtab::Fib::FecId fecId, VrfMplsState& vrf) {
       sm.freeMplsV4FecId(fecId, vrf);
    }
