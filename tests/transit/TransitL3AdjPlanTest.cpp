@@ -115,7 +115,7 @@ TEST(TransitL3AdjPlan, EachRuleOfTheReview) {
       const Mpls::LfibViaSetKey set = c.build(a);
       auto l3Adj = a.l3Adj(set);
       ASSERT_TRUE(l3Adj);
-      const Fal::L3AdjPlan plan = Fal::MplsSmTestAccess::classifyL3Adj(*a.sm, *a.state(), *l3Adj);
+      const Fal::L3AdjPlan plan = Fal::MplsSmTestAccess::classifyL3Adj(*a.sm(), *a.state(), *l3Adj);
       EXPECT_EQ(plan.way, c.way);
       EXPECT_EQ(plan.skip, c.skip);
       EXPECT_EQ(plan.backup, c.backup);
