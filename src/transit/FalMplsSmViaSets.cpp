@@ -211,10 +211,12 @@ void MplsSm::processL3Adj(VrfMplsState& vrf, std::uint64_t index) {
          valid = false;
          backingOff = true;
       }
-      if (!valid && backingOff && l3Adj->extFecInfo()) {
+      if (!valid && backingOff && (l3Adj->extFecInfo() || helperHeldRouteOf(*l3Adj))) {
          // Only the backup is not ready: the primary keeps its FEC and its id, and names the
          // backup's FEC once there is one. Freeing it here would renumber a FEC that routes are
-         // programmed through.
+         // programmed through. After a restart a primary whose routes the route helper still
+         // holds is in the same place: it gets its FEC now, so that the helper's routes are
+         // rewritten in place rather than deleted until the backup is ready.
          SM_DECISION(1, "l3 adj " << index << " keeps its FEC while its backup is not ready");
          programmed = processMplsIpL3AdjAsExtFec(
              vrf, l3Adj, *viaSet, vias, vrf.lFibViaSetToFecIdHas(viaSet->backupViaSetKey()));
