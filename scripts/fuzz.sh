@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Runs one libFuzzer target for a while, from its seed corpus in fuzz/corpus/TARGET/.
-#   scripts/fuzz.sh TARGET SECONDS [libFuzzer options...]    # TARGET: scenario, text, lfib
+#   scripts/fuzz.sh TARGET SECONDS [libFuzzer options...]    # TARGET: scenario, text, lfib, pcap
 # Builds the targets with clang in build-fuzz/ (MPLSFWD_FUZZ_BUILD overrides). New inputs go to
 # build-fuzz/corpus/TARGET/ (the seeds in the repo are not touched); a crash leaves its input in
 # build-fuzz/ and the exit code is not 0.

@@ -54,8 +54,9 @@ void readPcapBytes(std::span<const std::uint8_t> bytes, const std::string& name,
       throw PcapError(name + ": cannot be read");
    }
    char err[PCAP_ERRBUF_SIZE] = {};
-   pcap_t* p = pcap_fopen_offline(f, err);  // owns f from here, even on failure
+   pcap_t* p = pcap_fopen_offline(f, err);  // owns f from here, but only on success
    if (!p) {
+      std::fclose(f);
       throw PcapError(name + ": not a readable pcap file (" + err + ")");
    }
    readFrom(p, name, each);

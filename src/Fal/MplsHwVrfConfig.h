@@ -14,6 +14,14 @@ class MplsHwVrfConfig : public MplsHwVrfTables<MplsHwVrfConfig> {
       using TablesNotifiee::TablesNotifiee;
    };
    using MplsHwVrfTables::MplsHwVrfTables;
+
+   // The library's own mark, kept here because the table outlives an agent restart: FULL was
+   // logged for this VRF and NORMAL is still owed. The platform ignores it.
+   bool resourceFullLogged() const { return resourceFullLogged_; }
+   void resourceFullLoggedIs(bool v) { resourceFullLogged_ = v; }
+
+ private:
+   bool resourceFullLogged_ = false;
 };
 
 }  // namespace Fal

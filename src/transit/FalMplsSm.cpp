@@ -6,6 +6,7 @@
 #include <mplsfwd/kor/SmReactor.h>
 #include <mplsfwd/log/ToggleService.h>
 
+#include "MplsResourceLog.h"
 #include "MplsSmTrace.h"
 
 namespace Fal {
@@ -189,6 +190,17 @@ Kor::Ptr<MplsSm> MplsSmIs(Kor::Ptr<const Mpls::Status> mplsStatus,
        std::move(entityManager), std::move(attrLogSm), std::move(clock));
 }
 
+void MplsSm::mplsSmHelperIs(Kor::Ptr<FalHelper::MplsSmHelper> h) {
+   mplsSmHelper_ = std::move(h);
+   helperHeldRoutes_.clear();
+   if (mplsSmHelper_ && !routeHelperReconciled_) {
+      for (const auto& key : mplsSmHelper_->routeKeys()) {
+         helperHeldRoutes_.insert(key);
+      }
+   }
+   maybeReconcileRouteHelperWithoutState();
+}
+
 void MplsSm::hwFecIdResponseIs(Kor::Ptr<const FecIdToHwFecIdResponse> t) {
    hwFecIdResponse_ = std::move(t);
    Kor::attachReactor(hwFecIdResponseReactor_, hwFecIdResponse_, *this);
@@ -216,7 +228,15 @@ void MplsSm::handleInitialized() {
       routingHwMplsStatus_->routeDelAll();
    }
 
-   FAL_ASSERT(mplsStatus() && transitLfib() && mplsRoutingInfo() && mplsHwConfig());
+   // An earlier incarnation that logged FULL and never NORMAL left its mark in the configuration:
+   // this one owes the NORMAL, and does not log FULL again meanwhile.
+   if (mplsHwConfig_ && falMplsHwVrfConfig(defaultVrf())->resourceFullLogged()) {
+      resourceFullLoggedIs(true);
+      inheritedFull_ = true;
+   }
+
+   FAL_ASSERT(mplsStatus() && transitLfib() && mplsRoutingInfo() && mplsHwConfig(),
+              "mplsStatus() && transitLfib() && mplsRoutingInfo() && mplsHwConfig()");
    handleMplsRouting(mplsRoutingInfo_->mplsRouting());
    handleNexthopResolutionAllowDefaultRoute();
 
@@ -228,6 +248,7 @@ void MplsSm::handleInitialized() {
        transitLfib_, lfibTrackingStatus_, Mpls::lfibTrackingViaSets_, "MplsSm-TrackingSm");
    initialized_ = true;
    handleLFibViaSet();
+   maybeReconcileRouteHelperWithoutState();
 }
 
 // ---- Per-VRF state and accessors.
@@ -369,6 +390,7 @@ void MplsSm::handleMplsRouting(bool routing) {
    auto state = mplsState(vrf);
    if (!state || state->routes() == 0) {
       falMplsHwVrfConfig(vrf)->mplsRoutingIs(false);
+      maybeReconcileRouteHelperWithoutState();
       return;
    }
    // Withdraw the routes first; the hardware flag goes once the VRF is empty.
@@ -392,6 +414,7 @@ void MplsSm::handleHwRoutingEnabled(VrfId vrfId, bool routing) {
    if (routing) {
       SM_DECISION(1, "platform enabled mplsRouting in vrf " << vrfName);
       handleLFibRoute();
+      maybeReconcileRouteHelperWithoutState();
    } else {
       SM_DECISION(1, "platform disnabled mplsRouting in vrf " << vrfName);
    }
@@ -408,6 +431,7 @@ void MplsSm::handleVrfName(VrfId vrfId) {
    if (status && status->mplsRouting()) {
       SM_DECISION(1, "platform enabled mplsRouting in vrf: " << name);
       handleLFibRoute();
+      maybeReconcileRouteHelperWithoutState();
    } else {
       SM_DECISION(1, "platform disabled mplsRouting in vrf: " << name);
    }

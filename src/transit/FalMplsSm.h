@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <set>
 #include <string>
 
 #include <mplsfwd/Fal/FecIdToHwFecIdRequest.h>
@@ -89,7 +90,8 @@ class MplsSm : public Kor::Entity {
    }
    void hwFecIdResponseIs(Kor::Ptr<const FecIdToHwFecIdResponse> t);
    const Kor::Ptr<FalHelper::MplsSmHelper>& mplsSmHelper() const { return mplsSmHelper_; }
-   void mplsSmHelperIs(Kor::Ptr<FalHelper::MplsSmHelper> h) { mplsSmHelper_ = std::move(h); }
+   // Also notes the routes the helper holds from an earlier incarnation, until reconciled.
+   void mplsSmHelperIs(Kor::Ptr<FalHelper::MplsSmHelper> h);
 
    // Settings and counters.
    double reviewInterval() const { return reviewInterval_; }
@@ -171,8 +173,17 @@ class MplsSm : public Kor::Entity {
    void handleUnprogrammedRoute(VrfId vrfId, const Mpls::RouteKey& routeKey);
    void handleUnprogrammedAdj(VrfId vrfId, const L2AdjacencyPtr& l2Adjacency);
    // Once the review has nothing left to do after start-up: deletes every route of the route
-   // helper that this incarnation does not program into a FEC.
-   void reconcileRouteHelper(VrfMplsState& vrf);
+   // helper that this incarnation does not program into a FEC (every one without VRF state).
+   void reconcileRouteHelper(const VrfMplsState* vrf);
+   // Reconciles at once (and logs an owed NORMAL) when no VRF state will form to do it: no route
+   // of ours in the LFIB once it has been walked, or MPLS routing off in the control plane.
+   void maybeReconcileRouteHelperWithoutState();
+   // Logs the NORMAL owed to a FULL that an earlier incarnation raised, once nothing is
+   // unprogrammed or waiting for review.
+   void maybeLogOwedResourceNormal();
+   // Whether the route helper held a route of this adjacency when this incarnation took it up
+   // (and has not been reconciled yet).
+   bool helperHeldRouteOf(const L3Adjacency& l3Adj) const;
    // One route (or L2 adjacency) more (1) or fewer (-1) among the VRF's unprogrammed ones, with
    // the FULL/NORMAL logs and traces of the total's passage through zero.
    void unprogrammedCountChanged(VrfMplsState& vrf, int delta, const MplsHwVrfStatus* status,
@@ -333,6 +344,15 @@ class MplsSm : public Kor::Entity {
    Kor::Ptr<FalHelper::MplsSmHelper> mplsSmHelper_;
    // Set once the route helper's entries left by an earlier incarnation have been reconciled.
    bool routeHelperReconciled_ = false;
+   // Set once the review first had nothing left to do (or no VRF state formed) after start-up.
+   bool settledOnce_ = false;
+   // FULL was logged by an earlier incarnation and this one took the episode over.
+   bool inheritedFull_ = false;
+   // Set while this machine takes a route off the unprogrammed list itself, so that the
+   // notification is not taken for the platform clearing it.
+   bool unlistingOwn_ = false;
+   // The routes the helper held when this incarnation took it up, until reconciled.
+   std::set<Mpls::RouteKey> helperHeldRoutes_;
    Kor::Ptr<Mpls::LfibTrackingStatus> lfibTrackingStatus_;
    Kor::Ptr<Mpls::LfibTrackingSm> lfibTrackingSm_;
    double reviewInterval_ = 0.001;

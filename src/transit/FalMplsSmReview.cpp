@@ -177,8 +177,11 @@ void MplsSm::doReviewVrf(const L3::VrfName& vrfName) {
       doPublishRouteKeys(*vrf);
    }
 
-   if (!routeHelperReconciled_ && !vrf->needReview()) {
-      reconcileRouteHelper(*vrf);
+   if (!vrf->needReview()) {
+      settledOnce_ = true;
+      if (!routeHelperReconciled_) {
+         reconcileRouteHelper(vrf.ptr());
+      }
    }
 
    doMaybeScheduleReviewOrDeleteVrfState(vrfName);
@@ -242,13 +245,14 @@ void MplsSm::doReviewUnprogrammedRoute(VrfMplsState& vrf) {
    }
 }
 
-void MplsSm::reconcileRouteHelper(VrfMplsState& vrf) {
+void MplsSm::reconcileRouteHelper(const VrfMplsState* vrf) {
    routeHelperReconciled_ = true;
+   helperHeldRoutes_.clear();
    if (!mplsSmHelper_ || !forwardingIntoExternalFecsSupported()) {
       return;
    }
    for (const auto& key : mplsSmHelper_->routeKeys()) {
-      Kor::Ptr<MplsRoute> route = vrf.route(key);
+      Kor::Ptr<MplsRoute> route = vrf ? vrf->route(key) : nullptr;
       if (route && route->extFecInfo()) {
          continue;
       }
@@ -256,6 +260,50 @@ void MplsSm::reconcileRouteHelper(VrfMplsState& vrf) {
                   "route helper holds routeKey " << key << " that is not programmed; deleting it");
       mplsSmHelper_->deleteRoute(key);
    }
+}
+
+void MplsSm::maybeReconcileRouteHelperWithoutState() {
+   const L3::VrfName vrf = L3::VrfName::defaultVrf();
+   if (!initialized_ || mplsState(vrf)) {
+      return;
+   }
+   // With routing on in the control plane the routes are taken up once the platform confirms it
+   // for a named VRF; until then a state may still form and do this itself.
+   if (controlPlaneRouting() && !platformRoutingEnabled(vrf)) {
+      return;
+   }
+   settledOnce_ = true;
+   if (!routeHelperReconciled_ && mplsSmHelper_) {
+      SM_DECISION(1, "no vrf state after start-up; reconciling the route helper");
+      reconcileRouteHelper(nullptr);
+   }
+   maybeLogOwedResourceNormal();
+}
+
+void MplsSm::maybeLogOwedResourceNormal() {
+   Kor::Ptr<VrfMplsState> vrf = mplsState(L3::VrfName::defaultVrf());
+   if (!resourceFullLogged() || (vrf && (vrf->hasUnprogrammed() || vrf->needReview()))) {
+      return;
+   }
+   SM_DECISION(1, "Resource-Normal after start-up");
+   Log::emit(routingMplsResourceNormal());
+   resourceFullLoggedIs(false);
+   falMplsHwVrfConfig(L3::VrfName::defaultVrf())->resourceFullLoggedIs(false);
+   if (auto writable = falMplsHwVrfStatusNonConst(L3::VrfName::defaultVrf())) {
+      writable->unprogrammedReasonIs(UnprogrammedReason::Success);
+   }
+}
+
+bool MplsSm::helperHeldRouteOf(const L3Adjacency& l3Adj) const {
+   if (routeHelperReconciled_) {
+      return false;
+   }
+   for (const auto& key : l3Adj.routeKeySet()) {
+      if (helperHeldRoutes_.contains(key)) {
+         return true;
+      }
+   }
+   return false;
 }
 
 void MplsSm::doMaybeScheduleReviewOrDeleteVrfState(const L3::VrfName& vrfName) {
@@ -268,6 +316,7 @@ void MplsSm::doMaybeScheduleReviewOrDeleteVrfState(const L3::VrfName& vrfName) {
       return;
    }
    if (!vrf->needReview() && !vrf->hasUnprogrammed()) {
+      maybeLogOwedResourceNormal();
       if (!controlPlaneRouting()) {
          SM_DECISION(1, "disable mplsRouting in vrf " << vrfName);
          falMplsHwVrfConfig(vrfName)->mplsRoutingIs(false);
@@ -346,10 +395,19 @@ void MplsSm::handleUnprogrammedRoute(VrfId vrfId, const Mpls::RouteKey& routeKey
    Kor::Ptr<MplsRoute> route = vrf->route(routeKey);
    if (delta == 1) {
       route->unprogrammedIs(true);
-   } else if (route->extFecInfo() || (status && status->routeHas(routeKey) &&
-                                      status->route(routeKey).version() == route->version())) {
+   } else if (route->extFecInfo()) {
+      // On the FEC way the list records refusals of the route helper, and this machine marks the
+      // route programmed itself when the helper takes it. A refused route whose listing someone
+      // else cleared (the platform cleaning up late after the route's adjacency-way programming)
+      // is tried again: the helper takes it, or it is listed again.
+      if (route->unprogrammed() && !unlistingOwn_) {
+         SM_TRACE(5, "refused routeKey " << routeKey << " unlisted by the platform; retry it");
+         vrf->routeKeyForReviewIs(routeKey, true);
+      }
+   } else if (status && status->routeHas(routeKey) &&
+              status->route(routeKey).version() == route->version()) {
       // Leaving the list programs the route only together with an answer for the version
-      // written last (or on the FEC way, where the list is this machine's own).
+      // written last.
       route->unprogrammedIs(false);
    }
    vrf->routeKeyForPublishIs(routeKey, true);
@@ -382,16 +440,23 @@ void MplsSm::unprogrammedCountChanged(VrfMplsState& vrf, int delta, const MplsHw
    if (after == 1 && delta == 1) {
       UnprogrammedReason reason =
           status ? status->unprogrammedReason() : UnprogrammedReason::RouteFull;
-      if (isResourceReason(reason)) {
+      // FULL raised by an earlier incarnation and never closed is not raised again.
+      if (isResourceReason(reason) && !resourceFullLogged()) {
          Log::emit(routingMplsResourceFull());
          resourceFullLoggedIs(true);
+         falMplsHwVrfConfig(vrfName)->resourceFullLoggedIs(true);
       }
       SM_DECISION(1, "Schedule review for unprog routes, reason " << reason);
    }
    if (after == 0 && delta == -1) {
-      if (resourceFullLogged()) {
+      if (resourceFullLogged() && inheritedFull_ && !settledOnce_) {
+         // Listings cleared with the configuration of the earlier incarnation say nothing yet:
+         // the inherited episode closes once the start-up review has settled.
+         SM_DECISION(1, "Resource-Normal deferred until the start-up review settles");
+      } else if (resourceFullLogged()) {
          Log::emit(routingMplsResourceNormal());
          resourceFullLoggedIs(false);
+         falMplsHwVrfConfig(vrfName)->resourceFullLoggedIs(false);
       }
       if (auto writable = falMplsHwVrfStatusNonConst(vrfName)) {
          writable->unprogrammedReasonIs(UnprogrammedReason::Success);

@@ -207,10 +207,11 @@ void MplsSm::processRouteKey(VrfMplsState& vrf, const Mpls::RouteKey& routeKey) 
                                               fecId, Wire::AddressingMethod::indirect);
          auto status = falMplsHwVrfStatusNonConst(vrf.vrfName());
          if (rc == Mpls::lfibHwProgrammingSuccess_) {
+            // Programmed before the listing goes: leaving the list on its own means a retry.
+            route->unprogrammedIs(false);
             if (status) {
                status->unprogrammedRouteDel(routeKey);
             }
-            route->unprogrammedIs(false);
          } else {
             SM_DECISION(1, "adding route " << routeKey << " to unprogrammed list, reason "
                                            << UnprogrammedReason::RouteFull);
@@ -297,7 +298,9 @@ void MplsSm::unprogramRouteKey(VrfMplsState& vrf, const Mpls::RouteKey& routeKey
    SM_TRACE(8, "unprogram routeKey " << routeKey);
    falMplsHwVrfConfig(vrf.vrfName())->routeDel(routeKey);
    if (auto status = falMplsHwVrfStatusNonConst(vrf.vrfName())) {
+      unlistingOwn_ = true;
       status->unprogrammedRouteDel(routeKey);
+      unlistingOwn_ = false;
    }
    if (forwardingIntoExternalFecsSupported() && mplsSmHelper_) {
       mplsSmHelper_->deleteRoute(routeKey);

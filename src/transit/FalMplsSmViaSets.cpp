@@ -232,8 +232,10 @@ L3AdjPlan MplsSm::classifyL3Adj(const VrfMplsState& vrf, const L3Adjacency& l3Ad
    if (plan.skip != Skip::none) {
       // Only the backup is not ready: the primary keeps its FEC and its id, and names the
       // backup's FEC once there is one. Freeing it here would renumber a FEC that routes are
-      // programmed through.
-      if (plan.backingOff() && l3Adj.extFecInfo()) {
+      // programmed through. After a restart a primary whose routes the route helper still holds
+      // is in the same place: it gets its FEC now, so that the helper's routes are rewritten in
+      // place rather than deleted until the backup is ready.
+      if (plan.backingOff() && (l3Adj.extFecInfo() || helperHeldRouteOf(l3Adj))) {
          SM_DECISION(1,
                      "l3 adj " << l3Adj.index() << " keeps its FEC while its backup is not ready");
          plan.way = L3AdjPlan::Way::keepFec;
