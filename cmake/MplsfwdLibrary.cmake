@@ -48,19 +48,17 @@ function(mplsfwd_add_test name)
   gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300)
 endfunction()
 
-# Headers that stay in the source tree: the trace and assertion macros with their short names, the
-# helpers of the libraries' own sources, and each machine's class and internals (the embedder's way
-# in is the machine's assembly: TransitMachine.h, DecapMachine.h, PseudowireMachine.h). No
-# installed header includes them; the install test checks that, and that no installed header
-# defines a macro without the MPLSFWD_ prefix.
+# Headers that stay in the source tree: the trace and assertion macros with their short names and
+# the helpers of the libraries' own sources. The machines' classes are installed, since an agent may
+# construct them itself (their factories and constructors are entry points beside the assemblies),
+# and with them the internals their members need. No installed header includes a private one; the
+# install test checks that, and that no installed header defines a macro without the MPLSFWD_
+# prefix.
 set(MPLSFWD_PRIVATE_HEADERS log/Assert.h log/FastLog.h log/Trace.h log/RateLimiter.h
     Fal/RequireTable.h
-    transit/FalMplsSm.h transit/VrfMplsState.h transit/AdjacencyObjects.h transit/MplsRoute.h
-    transit/CachedLFibMplsViaColl.h transit/IpAddrIntfId.h transit/L3AdjLFibAdjType.h
-    transit/L3AdjPlan.h
     transit/MplsSmTrace.h
-    decap/FalMplsDecapSm.h decap/VlanAwareRouteSets.h decap/MplsDecapSmTrace.h decap/DecapKinds.h
-    pseudowire/FalLFibSm.h pseudowire/PwIntfIdToFecIdCollection.h pseudowire/LFibSmTrace.h)
+    decap/MplsDecapSmTrace.h decap/DecapKinds.h
+    pseudowire/LFibSmTrace.h)
 
 function(mplsfwd_install_package)
   include(GNUInstallDirs)

@@ -1,8 +1,8 @@
 #pragma once
 
-// The pseudowire decap state machine's entry points: its tables and assembly.
-// Include <mplsfwd/pseudowire/FalLFibSm.h> only to look inside the machine.
+// The pseudowire decap state machine's entry points: the machine, its tables and assembly.
 
 #include <mplsfwd/runtime.h>
 
+#include <mplsfwd/pseudowire/FalLFibSm.h>
 #include <mplsfwd/pseudowire/PseudowireMachine.h>
