@@ -86,7 +86,7 @@ TEST_F(Clocks, AdvanceFiresNothingEarlyAndTheReactorSeesTheWakeUpTime) {
    EXPECT_TRUE(fired.empty());
    loop->advance(0.5);
    EXPECT_EQ(fired, (std::vector<Firing>{{"c", 5.0}}));
-   loop->advance(94.5);
+   loop->advance(95.0);
    EXPECT_EQ(fired, (std::vector<Firing>{{"c", 5.0}, {"d", 7.0}}));
    EXPECT_EQ(loop->now(), 100.0);
 }
