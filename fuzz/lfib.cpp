@@ -115,14 +115,16 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
    Model m;
    while (!in.empty()) {
       switch (in.byte() % 7) {
-         case 0: {  // a route: labels above the label space are refused, as is a route with none
+         case 0: {  // a route: a label value past the no-label value cannot be built, and a route
+                    // without a label (none, or the no-label value itself) is refused by the LFIB
             std::uint32_t v = in.u32() >> (in.byte() % 32);
             bool none = in.byte() % 4 == 0;
             auto set = setKey(in.byte());
-            refusedIff(!none && v > Wire::MplsLabel::kMax, [&] {
+            const bool noLabel = none || v == Wire::MplsLabel::kNoLabel;
+            refusedIff(!none && v > Wire::MplsLabel::kNoLabel, [&] {
                Mpls::RouteKey key = none ? Mpls::RouteKey() : Mpls::RouteKey(Wire::MplsLabel(v));
-               refusedIff(none, [&] { lfib->lfibRouteIs(Mpls::LfibRoute(key, set)); });
-               if (!none) {
+               refusedIff(noLabel, [&] { lfib->lfibRouteIs(Mpls::LfibRoute(key, set)); });
+               if (!noLabel) {
                   m.routes[v] = set;
                }
             });
