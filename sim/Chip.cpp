@@ -354,35 +354,36 @@ void Chip::agentReconciled() {
    reconciling_ = false;
 }
 
-bool Chip::takeStaleRoute(Fal::VrfId id, const Mpls::RouteKey& key,
-                          const Fal::L2AdjacencyPtr& adj) {
+Chip::Stale* Chip::staleOf(Fal::VrfId id) {
    if (!reconciling_) {
-      return false;
+      return nullptr;
    }
    auto vrf = stale_.find(id);
-   if (vrf == stale_.end()) {
+   return vrf == stale_.end() ? nullptr : &vrf->second;
+}
+
+bool Chip::takeStaleRoute(Fal::VrfId id, const Mpls::RouteKey& key,
+                          const Fal::L2AdjacencyPtr& adj) {
+   Stale* stale = staleOf(id);
+   if (!stale) {
       return false;
    }
-   Stale& stale = vrf->second;
-   auto it = stale.routes.find(key);
-   if (it == stale.routes.end()) {
+   auto it = stale->routes.find(key);
+   if (it == stale->routes.end()) {
       return false;
    }
-   const bool same = adj && stale.viaSets[it->second] == adj->l2ViaSet();
-   stale.routes.erase(it);
+   const bool same = adj && stale->viaSets[it->second] == adj->l2ViaSet();
+   stale->routes.erase(it);
    // A stale route rewritten with other forwarding is a write; its stale entry is gone with it.
    return same;
 }
 
 bool Chip::takeStaleAdjacency(Fal::VrfId id, const Fal::L2AdjacencyPtr& adj, bool present) {
-   if (!reconciling_) {
+   Stale* found = staleOf(id);
+   if (!found) {
       return false;
    }
-   auto vrf = stale_.find(id);
-   if (vrf == stale_.end()) {
-      return false;
-   }
-   Stale& stale = vrf->second;
+   Stale& stale = *found;
    if (present) {
       auto taken = stale.takenBack.find(adj);
       return taken != stale.takenBack.end() && taken->second == adj->l2ViaSet();

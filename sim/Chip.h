@@ -203,6 +203,8 @@ class Chip {
       Kor::HashMap<Fal::L2AdjacencyPtr, Mpls::Hardware::L2ViaSet> takenBack;
    };
    // True when the write of `key` to `adj` takes a stale entry back; drops the stale mark.
+   // The VRF's entries left by the earlier incarnation, while a restart is being reconciled.
+   Stale* staleOf(Fal::VrfId id);
    bool takeStaleRoute(Fal::VrfId id, const Mpls::RouteKey& key, const Fal::L2AdjacencyPtr& adj);
    // True when the write of `adj` takes a stale adjacency back, or (`present`) writes again the
    // via set written since the restart.
