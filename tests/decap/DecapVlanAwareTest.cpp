@@ -146,6 +146,21 @@ TEST_F(DecapVlanAware, RefusalAtTheSecondOfThreeTagsStopsTheWalkAndListsTheRoute
    expectConsistent();
 }
 
+TEST_F(DecapVlanAware, PartlyProgrammedRouteThatBecomesAPlainVlanRouteLeavesTheList) {
+   collection(6, {{1, 11}, {2, 12}});
+   start();
+   helper->capacityIs(1);
+   route(30, vlanAwareVia(1, 6));
+   settle();
+   ASSERT_TRUE(unprogrammed(30));
+   // The one programmed tag goes, which makes room for the plain mapping.
+   route(30, vlanVia(2, 90));
+   settle();
+   EXPECT_EQ(helper->takeCalls().back(), "createLabelToVlan(30,90,false)");
+   EXPECT_FALSE(unprogrammed(30));
+   expectConsistent();
+}
+
 TEST_F(DecapVlanAware, RouteWaitsForItsCollectionWithoutBeingListed) {
    start();
    route(16, vlanAwareFloodVia(1, 9));

@@ -163,12 +163,16 @@ TEST_F(LFibSmDecapTest, LabelBackBeforeTheOldAnswerIsWithdrawnKeepsItsNewRecord)
 
 TEST_F(LFibSmDecapTest, PlatformAnsweringFromInsideTheRequestIsHandledWithoutDoubleFree) {
    ImmediateFecIdService platform(req, resp);
+   DecapWatch records(decap);
    lfib->lfibRouteIs(pwRoute(100, 1));
    EXPECT_EQ(decap->labelToPwDecapInfo(label(100)), FalPw::PwDecapInfo(label(100), vlanPw(1)));
    expectConsistent();
 
+   // The answer to the FEC's deletion comes while the request is being withdrawn: the label's
+   // record, gone already, is not written back.
    lfib->lfibRouteDel(key(100));
    EXPECT_FALSE(decapped(100));
+   EXPECT_EQ(records.labels.size(), 2u);
    EXPECT_EQ(allocated(), 0u);
    EXPECT_EQ(sm->numAllocatorStatus()->quarantined(), 1u);
    expectConsistent();

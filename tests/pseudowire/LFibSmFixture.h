@@ -75,20 +75,30 @@ struct DecapWatch : FalPw::DecapInfoTable::NotifieeConst {
    std::vector<Wire::MplsLabel> labels;
 };
 
-// A FEC id service that answers every request from inside the request and withdraws the answer
-// from inside the request's deletion, as a platform on the same thread may.
+// A FEC id service that answers every request from inside the request, answers anew each write
+// of a requested FEC (the deletion that precedes the request's own included), and withdraws the
+// answer from inside the request's deletion, as a platform on the same thread may.
 struct ImmediateFecIdService : Fal::FecIdToHwFecIdRequest::NotifieeConst {
    ImmediateFecIdService(Kor::Ptr<const Fal::FecIdToHwFecIdRequest> req,
                          Kor::Ptr<Fal::FecIdToHwFecIdResponse> resp)
        : Fal::FecIdToHwFecIdRequest::NotifieeConst(req), response(resp) {}
+   bool requested(FecId id) const {
+      return notifier()->hwFecIdRequest(id) != Fal::HwFecIdRequest();
+   }
    void onHwFecIdRequest(FecId id) override {
-      if (notifier()->hwFecIdRequest(id) != Fal::HwFecIdRequest()) {
-         response->hwFecIdIs(Fal::FecToHwFecId(id, 5000 + id.index()));
+      if (requested(id)) {
+         response->hwFecIdIs(Fal::FecToHwFecId(id, ++hwFecId));
       } else {
          response->hwFecIdDel(id);
       }
    }
+   void onFec(FecId id) override {
+      if (requested(id)) {
+         response->hwFecIdIs(Fal::FecToHwFecId(id, ++hwFecId));
+      }
+   }
    Kor::Ptr<Fal::FecIdToHwFecIdResponse> response;
+   Fal::HwFecId hwFecId = 5000;
 };
 
 // The pseudowire state machine on in-memory tables and a simulated clock. The platform's FEC id
