@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
-
-#include <mplsfwd/log/FastLog.h>
+#include <functional>
+#include <utility>
+#include <vector>
 
 #include "DecapTestSupport.h"
 
@@ -17,14 +17,6 @@ TEST_F(DecapSm, ConstructionTakesUpWhatTheBacklogAlreadyHolds) {
    route(17, ipLookupVia(2, "red"));
    ASSERT_EQ(tracking->routeKeyBacklogSet().size(), 2u);
    start();
-   ASSERT_TRUE(sm->initialized());
-   EXPECT_EQ(sm->defaultUnprogrammedRetryInterval(), 5.0);
-   ASSERT_TRUE(sm->reviewRouteKeyBacklog());
-   EXPECT_EQ(sm->reviewRouteKeyBacklog()->name(), "reviewRouteKeyBacklog");
-   EXPECT_EQ(sm->reviewRouteKeyBacklog()->priority(), 2);
-   ASSERT_TRUE(sm->reviewUnprogrammed());
-   EXPECT_EQ(sm->reviewUnprogrammed()->name(), "reviewUnprogrammed");
-   EXPECT_EQ(sm->reviewUnprogrammed()->priority(), 2);
    // Nothing happens in the constructor itself: the backlog task is only scheduled.
    EXPECT_TRUE(helper->callTexts().empty());
    EXPECT_TRUE(sm->reviewRouteKeyBacklog()->scheduled());
@@ -34,27 +26,6 @@ TEST_F(DecapSm, ConstructionTakesUpWhatTheBacklogAlreadyHolds) {
    EXPECT_EQ(helper->takeCalls(),
              (Calls{"createLabelToVlan(16,10,false)", "createLabelToVrf(17,red,1)"}));
    EXPECT_TRUE(tracking->routeKeyBacklogSet().empty());
-   EXPECT_EQ(sm->reviewRouteKeyBacklog()->workCount(), 2u);
-   EXPECT_TRUE(traces.contains("handleInitialized"));
-}
-
-TEST_F(DecapSm, EachSupportedViaTypeCallsItsOwnCreateWithTheTopLabel) {
-   start();
-   route(16, ipLookupVia(1, "red", Mpls::payloadTypeIpv6_));
-   route(17, vlanVia(2, 10));
-   route(18, floodVia(3, 20));
-   settle();
-   EXPECT_EQ(helper->takeCalls(),
-             (Calls{"createLabelToVrf(16,red,2)", "createLabelToVlan(17,10,false)",
-                    "createLabelToVlan(18,20,true)"}));
-   ASSERT_EQ(sm->routeViaTypeMap().size(), 3u);
-   EXPECT_EQ(sm->routeViaType(key(16)), Mpls::viaTypeIpLookup_);
-   EXPECT_EQ(sm->routeIpLookupVia(key(16)).vrfName(), L3::VrfName("red"));
-   EXPECT_EQ(sm->routeViaType(key(17)), Mpls::viaTypeVlan_);
-   EXPECT_EQ(sm->routeVlanVia(key(17)).vlanId(), vlan(10));
-   EXPECT_EQ(sm->routeViaType(key(18)), Mpls::viaTypeEvpnVlanFlood_);
-   EXPECT_EQ(sm->routeEvpnVlanFloodVia(key(18)).vlanId(), vlan(20));
-   EXPECT_EQ(hwStatus->unprogrammedRoutes(), 0u);
    expectConsistent();
 }
 
@@ -65,30 +36,24 @@ TEST_F(DecapSm, AChangeIsDeleteOfWhatWasProgrammedThenCreate) {
    route(18, ipLookupVia(3, "red", Mpls::payloadTypeIpv4_));
    settle();
    helper->takeCalls();
-
-   vlanVia(1, 20);  // same via key, new VLAN
-   settle();
-   EXPECT_EQ(helper->takeCalls(),
-             (Calls{"deleteLabelToVlan(16,10,false)", "createLabelToVlan(16,20,false)"}));
-
-   floodVia(2, 31);
-   settle();
-   EXPECT_EQ(helper->takeCalls(),
-             (Calls{"deleteLabelToVlan(17,30,true)", "createLabelToVlan(17,31,true)"}));
-
-   ipLookupVia(3, "blue", Mpls::payloadTypeIpv6_);
-   settle();
-   EXPECT_EQ(helper->takeCalls(),
-             (Calls{"deleteLabelToVrf(18,red,1)", "createLabelToVrf(18,blue,2)"}));
-
-   // The route moves to a via set of another type.
-   route(16, ipLookupVia(4, "green"));
-   settle();
-   EXPECT_EQ(helper->takeCalls(),
-             (Calls{"deleteLabelToVlan(16,20,false)", "createLabelToVrf(16,green,1)"}));
+   // Each via changes under the same via key; then route 16 moves to a via set of another type.
+   const std::vector<std::pair<std::function<void()>, Calls>> changes = {
+       {[&] { vlanVia(1, 20); },
+        {"deleteLabelToVlan(16,10,false)", "createLabelToVlan(16,20,false)"}},
+       {[&] { floodVia(2, 31); },
+        {"deleteLabelToVlan(17,30,true)", "createLabelToVlan(17,31,true)"}},
+       {[&] { ipLookupVia(3, "blue", Mpls::payloadTypeIpv6_); },
+        {"deleteLabelToVrf(18,red,1)", "createLabelToVrf(18,blue,2)"}},
+       {[&] { route(16, ipLookupVia(4, "green")); },
+        {"deleteLabelToVlan(16,20,false)", "createLabelToVrf(16,green,1)"}},
+   };
+   for (const auto& [change, calls] : changes) {
+      change();
+      settle();
+      EXPECT_EQ(helper->takeCalls(), calls);
+      expectConsistent();
+   }
    EXPECT_EQ(sm->routeViaType(key(16)), Mpls::viaTypeIpLookup_);
-   EXPECT_FALSE(sm->routeVlanViaHas(key(16)));
-   expectConsistent();
 }
 
 TEST_F(DecapSm, RemovedRouteIsDeletedOnceAndViaSetLossIsTraced) {
@@ -99,36 +64,17 @@ TEST_F(DecapSm, RemovedRouteIsDeletedOnceAndViaSetLossIsTraced) {
    settle();
    helper->takeCalls();
 
-   // The decision also goes to the in-memory ring.
-   Log::FastLog& ring = Log::FastLog::instance();
-   const bool ringWasEnabled = ring.enabled();
-   ring.enabledIs(true);
-   ring.clear();
    lfib->lfibRouteDel(key(16));
    settle();
-   const auto ringTexts = ring.snapshot();
-   ring.enabledIs(ringWasEnabled);
    EXPECT_EQ(helper->takeCalls(), Calls{"deleteLabelToVlan(16,10,false)"});
-   EXPECT_TRUE(traces.contains("route was deleted"));
-   EXPECT_EQ(std::count_if(ringTexts.begin(), ringTexts.end(),
-                           [](const std::string& t) {
-                              return t.find("route was deleted") != std::string::npos;
-                           }),
-             1);
+   EXPECT_EQ(traces.count("route was deleted"), 1u);
    EXPECT_FALSE(sm->routeViaTypeHas(key(16)));
-   EXPECT_FALSE(unprogrammed(16));
 
    traces.clear();
    lfib->viaSetDel(Mpls::LfibViaSetKey(Mpls::viaTypeIpLookup_, 17));
    settle();
    EXPECT_EQ(helper->takeCalls(), Calls{"deleteLabelToVrf(17,red,1)"});
-   const auto texts = traces.texts();
-   auto at = [&](const std::string& s) {
-      return std::find_if(texts.begin(), texts.end(),
-                          [&](const std::string& t) { return t.find(s) != std::string::npos; });
-   };
-   ASSERT_NE(at("via set was deleted"), texts.end());
-   EXPECT_LT(at("deleteIpLookupVia"), at("via set was deleted"));
+   EXPECT_TRUE(traces.contains("via set was deleted"));
 
    // A via set written back empty, as it was before anything was set, reads as deleted too.
    traces.clear();
@@ -193,10 +139,8 @@ TEST_F(DecapSm, RefusalIsListedWithItsReasonAndNotRecordedAsProgrammed) {
    settle();
    EXPECT_EQ(helper->takeCalls(), Calls{"createLabelToVrf(16,red,1)"});
    EXPECT_FALSE(sm->routeViaTypeHas(key(16)));
-   EXPECT_FALSE(sm->routeIpLookupViaHas(key(16)));
    ASSERT_TRUE(unprogrammed(16));
    EXPECT_EQ(reason(16), 2u);
-   EXPECT_EQ(hwStatus->unprogrammedRoute(key(16)).key(), key(16));
    // The backlog key is gone anyway.
    EXPECT_TRUE(tracking->routeKeyBacklogSet().empty());
 

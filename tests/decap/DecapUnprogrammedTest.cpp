@@ -13,8 +13,6 @@ TEST_F(DecapUnprogrammed, NothingIsScheduledWhileTheListIsEmpty) {
    start();
    route(16, vlanVia(1, 10));
    settle();
-   EXPECT_FALSE(sm->reviewUnprogrammed()->pending());
-   EXPECT_TRUE(traces.contains("no unprogrammed routes, nothing to review"));
    Fal::MplsDecapSmTestAccess::maybeScheduleUnprogrammedReview(*sm);
    EXPECT_FALSE(sm->reviewUnprogrammed()->pending());
    EXPECT_EQ(loop->nextWakeUp(), Loom::EventLoop::never());
@@ -28,14 +26,12 @@ TEST_F(DecapUnprogrammed, LaterFailuresNeverPushAPendingReviewBack) {
    settle();
    ASSERT_TRUE(sm->reviewUnprogrammed()->pending());
    EXPECT_EQ(sm->reviewUnprogrammed()->time(), 5.0);
-   EXPECT_TRUE(traces.contains("next unprogrammed review at 5"));
 
    loop->advance(2.0);
    route(17, vlanVia(2, 20));
    settle();
    EXPECT_TRUE(unprogrammed(17));
    EXPECT_EQ(sm->reviewUnprogrammed()->time(), 5.0);
-   EXPECT_TRUE(traces.contains("unprogrammed review already scheduled"));
    helper->takeCalls();
 
    // Both are retried at 5 s, the second after only 3 s of waiting.
@@ -65,7 +61,6 @@ TEST_F(DecapUnprogrammed, ARefusedRouteIsRetriedEveryIntervalWithTheNewestReason
    loop->advance(5.0);
    EXPECT_EQ(helper->takeCalls().size(), 1u);
    EXPECT_EQ(reason(16), 3u);
-   EXPECT_EQ(helper->calls("create vrf"), 3u);
 
    // The helper accepts at the next pass: out of the list, programmed, no further review.
    helper->answerIs(Mpls::lfibHwProgrammingSuccess_);
