@@ -26,6 +26,7 @@ class LFibSmConnectorTest : public LFibSmTest {
 TEST_F(LFibSmConnectorTest, ChangeThatKeepsTheInternalVlanWritesNothing) {
    RequestWatch requests(req);
    DecapWatch records(decap);
+   EXPECT_TRUE(traced(": vlan pw decapConnector(parent=Ethernet1, dot1q=10, intVlan=1001)"));
    pw->localConnectorInfoIs(vlanPw(1), connector(5, 55, 1001));
    EXPECT_EQ(requests.fecWrites + requests.requestWrites, 0);
    EXPECT_TRUE(records.labels.empty());

@@ -63,16 +63,6 @@ TEST_F(LFibSmTest, StartUpClearsStaleStateThenReplaysRoutesAdjacenciesAndExtFecA
    expectConsistent();
 }
 
-TEST_F(LFibSmTest, DecapFecAllocatorCoversThe32BitRangeWithTenSecondQuarantine) {
-   start();
-   ASSERT_TRUE(sm->numAllocator());
-   EXPECT_EQ(sm->numAllocatorConfig()->range(), Loom::Range(0, 4294967295ULL));
-   EXPECT_EQ(sm->numAllocatorConfig()->expiryTime(), 10.0);
-   EXPECT_EQ(sm->numAllocator()->clock(), wheel->clock());
-   EXPECT_EQ(sm->numAllocator()->status(), sm->numAllocatorStatus());
-   EXPECT_EQ(allocated(), 0u);
-}
-
 TEST_F(LFibSmTest, RestartOverSurvivingTablesRebuildsTheSameDecapState) {
    ImmediateFecIdService platform(req, resp);
    pw->localConnectorInfoIs(vlanPw(1), connector(1, 10, 1001));
@@ -109,9 +99,6 @@ TEST_F(LFibSmTest, CopiesIntoTheWritableStatusFollowAddsChangesAndDeletes) {
    EXPECT_EQ(ipStatus->lfibAdjacency(5), viaSet(5));
    EXPECT_EQ(ipStatus->lfibExtFecAdjacency(6), lfib->lfibExtFecAdjacency(6));
    EXPECT_TRUE(ipStatus->nexthopResolutionAllowDefaultRoute());
-   EXPECT_TRUE(traced("Adding route"));
-   EXPECT_TRUE(traced("Adding adjacency"));
-   EXPECT_TRUE(traced("Adding or updating external fec adjacency"));
 
    lfib->lfibRouteIs(mplsRoute(16, 8));
    lfib->lfibAdjacencyIs(5, viaSet(6));
@@ -128,9 +115,6 @@ TEST_F(LFibSmTest, CopiesIntoTheWritableStatusFollowAddsChangesAndDeletes) {
    EXPECT_TRUE(ipStatus->lfibRouteMap().empty());
    EXPECT_TRUE(ipStatus->lfibAdjacencyMap().empty());
    EXPECT_TRUE(ipStatus->lfibExtFecAdjacencyMap().empty());
-   EXPECT_TRUE(traced("Deleting route"));
-   EXPECT_TRUE(traced("Deleting adjacency"));
-   EXPECT_TRUE(traced("Deleting external fec adjacency"));
    // Transit routes never touch the decap side.
    EXPECT_EQ(decap->labelToPwDecapInfos(), 0u);
    EXPECT_TRUE(req->fecMap().empty());
