@@ -90,39 +90,6 @@ class RouteResolverTest : public ::testing::Test {
    std::unique_ptr<Fal::RouteResolver> resolver;
 };
 
-TEST_F(RouteResolverTest, LongestPrefixWinsAndConnectedResolvesToTheAddressItself) {
-   route("10.0.0.0/8", gw("192.168.0.1"));
-   route("10.1.0.0/16", gw("192.168.0.2"));
-   route("10.1.2.0/24", conn(3));
-   for (const char* a : {"10.1.2.3", "10.1.9.9", "10.9.9.9", "11.0.0.1"}) {
-      cfg4->addWatchedAddr(v4(a), false);
-   }
-   EXPECT_EQ(l3->resolvedV4(v4("10.1.2.3")),
-             ResolvedNexthop(pfx("10.1.2.0/24"), ip("10.1.2.3"), Wire::IntfId::ethernet(3),
-                             NexthopType::connected));
-   EXPECT_EQ(l3->resolvedV4(v4("10.1.9.9")), viaGw("10.1.0.0/16", "192.168.0.2"));
-   EXPECT_EQ(l3->resolvedV4(v4("10.9.9.9")), viaGw("10.0.0.0/8", "192.168.0.1"));
-   // Watched but covered by nothing: an entry with the unresolved value.
-   EXPECT_TRUE(l3->resolvedV4Has(v4("11.0.0.1")));
-   EXPECT_FALSE(l3->resolvedV4(v4("11.0.0.1")).resolved());
-   EXPECT_EQ(resolver->prefixLengths(Fal::VrfId(0), Wire::ipv4()), 3u);
-   expectStatusMatchesWatches();
-}
-
-TEST_F(RouteResolverTest, DefaultRouteResolvesButIsFlagged) {
-   route("0.0.0.0/0", gw("192.168.0.254"));
-   cfg4->addWatchedAddr(v4("10.1.2.3"), false);
-   ResolvedNexthop viaDefault = l3->resolvedV4(v4("10.1.2.3"));
-   EXPECT_TRUE(viaDefault.viaDefaultRoute());
-   EXPECT_TRUE(viaDefault.hasNexthop());
-   EXPECT_EQ(viaDefault.nexthop(), ip("192.168.0.254"));
-
-   route("10.0.0.0/8", gw("192.168.0.1"));
-   EXPECT_FALSE(l3->resolvedV4(v4("10.1.2.3")).viaDefaultRoute());
-   routeDel("10.0.0.0/8");
-   EXPECT_TRUE(l3->resolvedV4(v4("10.1.2.3")).viaDefaultRoute());
-}
-
 TEST_F(RouteResolverTest, Ipv6LongestPrefixTakeoverFallbackAndDefault) {
    route("::/0", gw("2001:db8::fe"));
    route("2001:db8::/32", gw("fe80::1", 4));
@@ -271,7 +238,9 @@ TEST_F(RouteResolverTest, ReaderThatUnwatchesDuringANotificationIsSafe) {
    expectStatusMatchesWatches();
 }
 
-// Brute force: the longest prefix among all routes of the VRF and family that contain the address.
+// Brute force: the longest prefix among all routes of the VRF and family that contain the address
+// (a connected route resolves to the address itself, an address covered by nothing is watched with
+// the unresolved value).
 ResolvedNexthop bruteForce(const Routing::Hardware::RouteStatus& rs, Fal::VrfId vrf,
                            const Wire::IpGenAddr& addr) {
    const IpRouteKey* best = nullptr;
