@@ -95,15 +95,6 @@ TEST_F(HwVrfTables, L2AdjacencyCountRules) {
    EXPECT_EQ(a->references(), 1);  // the table let go of it
 }
 
-TEST_F(HwVrfTables, ReprogrammingRaisesTheCount) {
-   auto a = adj(5);
-   for (int i = 0; i < 3; ++i) {
-      vrf->l2AdjacencyIs(a, vrf->l2Adjacency(a) + 1);
-   }
-   EXPECT_EQ(vrf->l2Adjacency(a), 3u);
-   EXPECT_EQ(watch.adjs.size(), 3u);
-}
-
 TEST_F(HwVrfTables, DeleteAllNotifiesPerEntry) {
    for (std::uint32_t l : {16, 17, 18}) {
       vrf->routeIs(Fal::MplsHwRoute(key(l), adj(l), 1));

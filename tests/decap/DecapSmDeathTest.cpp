@@ -18,16 +18,6 @@ struct DecapSmDeathTest : DecapFixture {
    }
 };
 
-TEST_F(DecapSmDeathTest, UnimplementedHelperOperationAbortsTheAgent) {
-   auto base = Kor::make<FalHelper::MplsDecapHelper>("unimplemented");
-   sm = Fal::mplsDecapSmFactory(base, lfib, loop->scheduler(), tracking, hwStatus);
-   route(16, vlanVia(1, 10));
-   EXPECT_DEATH(settle(), "^Unimplemented createLabelToVlanMapping\n");
-   route(17, ipLookupVia(2, "red"));
-   tracking->routeKeyBacklogDel(key(16));
-   EXPECT_DEATH(settle(), "^Unimplemented createLabelToVrfMapping\n");
-}
-
 TEST_F(DecapSmDeathTest, ImpossibleProgrammedTypeIsAnInternalError) {
    start();
    settle();

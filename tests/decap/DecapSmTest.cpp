@@ -242,17 +242,4 @@ TEST_F(DecapSm, DestructionCallsNoHelperAndASuccessorStartsEmpty) {
    EXPECT_FALSE(sm->routeViaTypeHas(key(17)));
 }
 
-TEST_F(DecapSm, NoopAgentPutsEveryRouteOnTheUnprogrammedList) {
-   setenv("FAL_NOOP_AGENT", "1", 1);
-   auto base = Kor::make<FalHelper::MplsDecapHelper>("noop");
-   sm = Fal::mplsDecapSmFactory(base, lfib, loop->scheduler(), tracking, hwStatus);
-   route(16, vlanVia(1, 10));
-   route(17, ipLookupVia(2, "red"));
-   settle();
-   unsetenv("FAL_NOOP_AGENT");
-   EXPECT_TRUE(sm->routeViaTypeMap().empty());
-   EXPECT_EQ(reason(16), 2u);
-   EXPECT_EQ(reason(17), 2u);
-}
-
 }  // namespace

@@ -163,17 +163,4 @@ TEST_F(Allocator, NewAllocatorOnAnOldStatusStartsItsCountsAfresh) {
    EXPECT_EQ(allocator->getNumber(), 1u);
 }
 
-TEST(RangeValue, ComparesHashesAndPrints) {
-   Range a(0, 4294967295ULL), b(0, 4294967295ULL), c(1, 255);
-   EXPECT_EQ(a, b);
-   EXPECT_EQ(a.hash(), b.hash());
-   EXPECT_NE(a, c);
-   EXPECT_TRUE(a < c);
-   EXPECT_TRUE(c.contains(255));
-   EXPECT_FALSE(c.contains(0));
-   std::ostringstream os;
-   os << c;
-   EXPECT_EQ(os.str(), "Range(1..255)");
-}
-
 }  // namespace

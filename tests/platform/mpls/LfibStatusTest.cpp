@@ -152,16 +152,6 @@ TEST_F(Tracking, RouteModeFollowsViaSetsAndViasDownToRoutes) {
    EXPECT_TRUE(status->routeKeyBacklogSet().empty());
 }
 
-TEST(LfibHwStatus, OrderedUnprogrammedRoutes) {
-   auto hw = Kor::make<LfibHwStatus>("hw");
-   hw->unprogrammedRouteIs(RouteInfo(key(30), lfibHwProgrammingFailed_));
-   hw->unprogrammedRouteIs(RouteInfo(key(20), lfibHwProgrammingResourceFull_));
-   ASSERT_EQ(hw->unprogrammedRoutes(), 2u);
-   EXPECT_EQ(hw->unprogrammedRouteMap().begin()->first, key(20));
-   EXPECT_EQ(hw->unprogrammedRoute(key(30)).reason(), lfibHwProgrammingFailed_);
-   EXPECT_EQ(hw->unprogrammedRoute(key(40)), RouteInfo());
-}
-
 TEST(MplsStatus, PwAdjacencyLookupByKeyType) {
    auto status = Kor::make<Status>("mpls");
    status->lfibPwAdjacencyIs(PwAdjacency(7, Wire::PseudowireIntfId::portPseudowireIntfId(1)));
