@@ -132,44 +132,6 @@ TEST_F(DecapSm, BadOrUnsupportedInputIsTracedAndSkipped) {
    expectConsistent();
 }
 
-TEST_F(DecapSm, RefusalIsListedWithItsReasonAndNotRecordedAsProgrammed) {
-   start();
-   helper->answerIs(Mpls::lfibHwProgrammingFailed_);
-   route(16, ipLookupVia(1, "red"));
-   settle();
-   EXPECT_EQ(helper->takeCalls(), Calls{"createLabelToVrf(16,red,1)"});
-   EXPECT_FALSE(sm->routeViaTypeHas(key(16)));
-   ASSERT_TRUE(unprogrammed(16));
-   EXPECT_EQ(reason(16), 2u);
-   // The backlog key is gone anyway.
-   EXPECT_TRUE(tracking->routeKeyBacklogSet().empty());
-
-   // The route changes and the helper now accepts: out of the list, programmed. Nothing was
-   // programmed before, so there is nothing to delete.
-   helper->answerIs(Mpls::lfibHwProgrammingSuccess_);
-   ipLookupVia(1, "blue");
-   settle();
-   EXPECT_EQ(helper->takeCalls(), Calls{"createLabelToVrf(16,blue,1)"});
-   EXPECT_FALSE(unprogrammed(16));
-   EXPECT_EQ(sm->routeViaType(key(16)), Mpls::viaTypeIpLookup_);
-   expectConsistent();
-}
-
-TEST_F(DecapSm, ReturnCodeAboveThreeIsNeitherProgrammedNorListed) {
-   start();
-   helper->answerIs(static_cast<Mpls::LfibHwProgrammingReturnCode>(7));
-   route(16, vlanVia(1, 10));
-   route(17, floodVia(2, 20));
-   settle();
-   EXPECT_EQ(helper->takeCalls().size(), 2u);
-   EXPECT_TRUE(sm->routeViaTypeMap().empty());
-   EXPECT_EQ(hwStatus->unprogrammedRoutes(), 0u);
-   EXPECT_FALSE(sm->reviewUnprogrammed()->pending());
-   // Nothing retries it: time passes without a call.
-   loop->advance(60.0);
-   EXPECT_TRUE(helper->callTexts().empty());
-}
-
 TEST_F(DecapSm, ManyChangesBeforeTheTaskRunsCostOneRun) {
    start();
    settle();

@@ -18,77 +18,6 @@ TEST_F(DecapUnprogrammed, NothingIsScheduledWhileTheListIsEmpty) {
    EXPECT_EQ(loop->nextWakeUp(), Loom::EventLoop::never());
 }
 
-TEST_F(DecapUnprogrammed, LaterFailuresNeverPushAPendingReviewBack) {
-   start();
-   settle();
-   helper->answerIs(Mpls::lfibHwProgrammingResourceFull_);
-   route(16, vlanVia(1, 10));
-   settle();
-   ASSERT_TRUE(sm->reviewUnprogrammed()->pending());
-   EXPECT_EQ(sm->reviewUnprogrammed()->time(), 5.0);
-
-   loop->advance(2.0);
-   route(17, vlanVia(2, 20));
-   settle();
-   EXPECT_TRUE(unprogrammed(17));
-   EXPECT_EQ(sm->reviewUnprogrammed()->time(), 5.0);
-   helper->takeCalls();
-
-   // Both are retried at 5 s, the second after only 3 s of waiting.
-   loop->advance(2.9);
-   EXPECT_TRUE(helper->callTexts().empty());
-   loop->advance(0.1);
-   EXPECT_EQ(helper->callTexts(),
-             (Calls{"createLabelToVlan(16,10,false)", "createLabelToVlan(17,20,false)"}));
-   EXPECT_EQ(helper->callTimes(), (std::vector<double>{5.0, 5.0}));
-}
-
-TEST_F(DecapUnprogrammed, ARefusedRouteIsRetriedEveryIntervalWithTheNewestReason) {
-   start();
-   helper->answerIs(Mpls::lfibHwProgrammingFailed_);
-   route(16, ipLookupVia(1, "red"));
-   settle();
-   EXPECT_EQ(reason(16), 2u);
-   helper->takeCalls();
-
-   loop->advance(5.0);
-   EXPECT_EQ(helper->takeCalls(), Calls{"createLabelToVrf(16,red,1)"});
-   EXPECT_EQ(reason(16), 2u);
-   ASSERT_TRUE(sm->reviewUnprogrammed()->pending());
-   EXPECT_EQ(sm->reviewUnprogrammed()->time(), 10.0);
-
-   helper->answerIs(Mpls::lfibHwProgrammingNotReady_);
-   loop->advance(5.0);
-   EXPECT_EQ(helper->takeCalls().size(), 1u);
-   EXPECT_EQ(reason(16), 3u);
-
-   // The helper accepts at the next pass: out of the list, programmed, no further review.
-   helper->answerIs(Mpls::lfibHwProgrammingSuccess_);
-   loop->advance(4.9);
-   EXPECT_TRUE(unprogrammed(16));
-   loop->advance(0.1);
-   EXPECT_EQ(helper->takeCalls(), Calls{"createLabelToVrf(16,red,1)"});
-   EXPECT_FALSE(unprogrammed(16));
-   EXPECT_EQ(sm->routeViaType(key(16)), Mpls::viaTypeIpLookup_);
-   EXPECT_FALSE(sm->reviewUnprogrammed()->pending());
-   loop->advance(60.0);
-   EXPECT_TRUE(helper->callTexts().empty());
-   expectConsistent();
-}
-
-TEST_F(DecapUnprogrammed, ReasonAboveThreeAtARetryTakesTheRouteOffTheList) {
-   start();
-   helper->answerIs(Mpls::lfibHwProgrammingFailed_);
-   route(16, floodVia(1, 10));
-   settle();
-   helper->answerIs(static_cast<Mpls::LfibHwProgrammingReturnCode>(9));
-   loop->advance(5.0);
-   EXPECT_EQ(helper->takeCalls().size(), 2u);
-   EXPECT_FALSE(unprogrammed(16));
-   EXPECT_FALSE(sm->routeViaTypeHas(key(16)));
-   EXPECT_FALSE(sm->reviewUnprogrammed()->pending());
-}
-
 TEST_F(DecapUnprogrammed, ARouteGoneFromTheLfibLeavesTheListWithoutAHelperCall) {
    start();
    helper->answerIs(Mpls::lfibHwProgrammingFailed_);
@@ -106,23 +35,6 @@ TEST_F(DecapUnprogrammed, ARouteGoneFromTheLfibLeavesTheListWithoutAHelperCall) 
    EXPECT_EQ(helper->takeCalls(), Calls{"createLabelToVlan(17,20,false)"});
    EXPECT_FALSE(unprogrammed(16));
    EXPECT_TRUE(unprogrammed(17));
-}
-
-TEST_F(DecapUnprogrammed, ABacklogDeleteTakesAWaitingRouteOffTheList) {
-   start();
-   helper->answerIs(Mpls::lfibHwProgrammingFailed_);
-   route(16, vlanVia(1, 10));
-   settle();
-   ASSERT_TRUE(unprogrammed(16));
-   helper->takeCalls();
-   lfib->lfibRouteDel(key(16));
-   settle();
-   EXPECT_TRUE(helper->callTexts().empty());
-   EXPECT_FALSE(unprogrammed(16));
-   // The review still fires as planned and finds nothing.
-   loop->advance(5.0);
-   EXPECT_TRUE(helper->callTexts().empty());
-   EXPECT_FALSE(sm->reviewUnprogrammed()->pending());
 }
 
 TEST_F(DecapUnprogrammed, ReviewYieldsAndStartsAgainFromTheFirstKeyAfterTheInterval) {

@@ -32,22 +32,6 @@ struct DecapVlanAware : DecapFixture {
    }
 };
 
-TEST_F(DecapVlanAware, TwoRoutesOnOneCollectionGetOneMappingPerTagEach) {
-   twoRoutesOnOneCollection();
-   const Calls calls = helper->takeCalls();
-   ASSERT_EQ(calls.size(), 4u);
-   EXPECT_EQ(sorted(Calls(calls.begin(), calls.begin() + 2)),
-             (Calls{"createLabelDot1qToVlan(16,10,100,false)",
-                    "createLabelDot1qToVlan(16,20,200,false)"}));
-   EXPECT_EQ(
-       sorted(Calls(calls.begin() + 2, calls.end())),
-       (Calls{"createLabelDot1qToVlan(17,10,100,true)", "createLabelDot1qToVlan(17,20,200,true)"}));
-   EXPECT_EQ(sm->vlanAwareDot1qTagVlanToRouteKeySet(Mpls::LfibDot1qTagToVlanKey(5))->routeKeys(),
-             2u);
-   EXPECT_EQ(programmed(16)->dot1qTagToVlanId(vlan(20)), Bridging::VlanIdOrNone(vlan(200)));
-   expectConsistent();
-}
-
 TEST_F(DecapVlanAware, ChangedTagIsDeletedThenCreatedPerRouteAndTheOtherTagIsLeftAlone) {
    twoRoutesOnOneCollection();
    helper->takeCalls();
@@ -104,68 +88,6 @@ TEST_F(DecapVlanAware, WholeCollectionEventIsDeleteAllThenCreateAll) {
    expectConsistent();
 }
 
-TEST_F(DecapVlanAware, RefusalAtTheSecondOfThreeTagsStopsTheWalkAndListsTheRoute) {
-   collection(6, {{1, 11}, {2, 12}, {3, 13}});
-   start();
-   helper->capacityIs(1);  // room for the first tag only
-   route(30, vlanAwareVia(1, 6));
-   settle();
-   const Calls calls = helper->takeCalls();
-   ASSERT_EQ(calls.size(), 2u);  // the third tag is not tried
-   // The first tag stays programmed, the refused one is not.
-   ASSERT_TRUE(programmed(30));
-   ASSERT_EQ(programmed(30)->dot1qTags(), 1u);
-   const auto firstTag = programmed(30)->dot1qTagToVlanIdMap().begin()->first;
-   EXPECT_EQ(calls[0], "createLabelDot1qToVlan(30," + firstTag.stringValue() + "," +
-                           std::to_string(firstTag.value() + 10) + ",false)");
-   EXPECT_NE(calls[1], calls[0]);
-   // Listed with the reason, and still recorded, so that the retry first undoes the first tag.
-   EXPECT_EQ(reason(30), 1u);
-   EXPECT_EQ(sm->routeViaType(key(30)), Mpls::viaTypeEvpnVlanAware_);
-   ASSERT_TRUE(sm->reviewUnprogrammed()->pending());
-
-   helper->capacityIs(sim::DecapHelper::unlimited());
-   loop->advance(5.0);
-   const Calls retry = helper->takeCalls();
-   ASSERT_EQ(retry.size(), 4u);
-   EXPECT_EQ(retry[0], "deleteLabelDot1qToVlan(30," + firstTag.stringValue() + ",false)");
-   EXPECT_EQ(
-       sorted(Calls(retry.begin() + 1, retry.end())),
-       (Calls{"createLabelDot1qToVlan(30,1,11,false)", "createLabelDot1qToVlan(30,2,12,false)",
-              "createLabelDot1qToVlan(30,3,13,false)"}));
-   EXPECT_FALSE(unprogrammed(30));
-   EXPECT_EQ(programmed(30)->dot1qTags(), 3u);
-   expectConsistent();
-}
-
-TEST_F(DecapVlanAware, PartlyProgrammedRouteThatBecomesAPlainVlanRouteLeavesTheList) {
-   collection(6, {{1, 11}, {2, 12}});
-   start();
-   helper->capacityIs(1);
-   route(30, vlanAwareVia(1, 6));
-   settle();
-   ASSERT_TRUE(unprogrammed(30));
-   // The one programmed tag goes, which makes room for the plain mapping.
-   route(30, vlanVia(2, 90));
-   settle();
-   EXPECT_EQ(helper->takeCalls().back(), "createLabelToVlan(30,90,false)");
-   EXPECT_FALSE(unprogrammed(30));
-   expectConsistent();
-}
-
-TEST_F(DecapVlanAware, RouteWaitsForItsCollectionWithoutBeingListed) {
-   start();
-   route(16, vlanAwareFloodVia(1, 9));
-   settle();
-   EXPECT_TRUE(helper->callTexts().empty());
-   EXPECT_EQ(sm->routeViaType(key(16)), Mpls::viaTypeEvpnVlanAwareFlood_);
-   EXPECT_FALSE(unprogrammed(16));
-
-   collection(9, {{10, 100}});
-   EXPECT_EQ(helper->takeCalls(), Calls{"createLabelDot1qToVlan(16,10,100,true)"});
-   expectConsistent();
-}
-
 TEST_F(DecapVlanAware, CollectionsPresentAtConstructionAreWatched) {
    collection(5, {{10, 100}});
    collection(6, {});
@@ -205,24 +127,6 @@ TEST_F(DecapVlanAware, CollectionRemovalCallsNothingAndRouteDeletionUndoesItsTag
    EXPECT_EQ(helper->takeCalls().size(), 3u);  // two deletes on 5, one create on 8
    EXPECT_EQ(set->routeKeys(), 0u);
    EXPECT_EQ(sm->vlanAwareDot1qTagVlanToRouteKeySets(), 2u);
-   expectConsistent();
-}
-
-TEST_F(DecapVlanAware, RefusalOnATagChangeSchedulesTheRetry) {
-   twoRoutesOnOneCollection();
-   helper->takeCalls();
-   helper->answerIs(Mpls::lfibHwProgrammingNotReady_);
-   coll(5)->dot1qTagToVlanIdIs(vlan(30), Bridging::VlanIdOrNone(vlan(300)));
-   EXPECT_EQ(helper->takeCalls().size(), 2u);
-   EXPECT_EQ(reason(16), 3u);
-   EXPECT_EQ(reason(17), 3u);
-   ASSERT_TRUE(sm->reviewUnprogrammed()->pending());
-   EXPECT_EQ(sm->reviewUnprogrammed()->time(), 5.0);
-   helper->answerIs(Mpls::lfibHwProgrammingSuccess_);
-   loop->advance(5.0);
-   EXPECT_EQ(hwStatus->unprogrammedRoutes(), 0u);
-   EXPECT_EQ(programmed(16)->dot1qTags(), 3u);
-   EXPECT_EQ(programmed(17)->dot1qTags(), 3u);
    expectConsistent();
 }
 
