@@ -56,16 +56,6 @@ TEST_F(LFibSmConnectorTest, InternalVlanChangeRewritesEveryFecOfThePseudowireInP
    EXPECT_EQ(requests.fecWrites, 2);
 }
 
-TEST_F(LFibSmConnectorTest, ConnectorThatGoesAwayLeavesTheFecWithoutAVlan) {
-   pw->localConnectorInfoDel(vlanPw(1));
-   EXPECT_TRUE(traced(": decap connector went away"));
-   EXPECT_EQ(fecVlan(100), Bridging::VlanId());
-   EXPECT_TRUE(decapped(100));
-   pw->localConnectorInfoIs(vlanPw(1), connector(1, 10, 1001));
-   EXPECT_EQ(fecVlan(100), Bridging::VlanId(1001));
-   expectConsistent();
-}
-
 TEST_F(LFibSmConnectorTest, CorruptConnectorIsTracedWithItsMessageAndLeavesTheFecs) {
    RequestWatch requests(req);
    pw->localConnectorInfoCorruptIs(vlanPw(1), true);

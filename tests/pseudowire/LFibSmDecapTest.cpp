@@ -160,33 +160,6 @@ TEST_F(LFibSmDecapTest, AnswerToAFecNeverRequestedIsTracedAndIgnored) {
    expectConsistent();
 }
 
-TEST_F(LFibSmDecapTest, RouteWhoseAdjacencyAppearsLaterIsInstalledThen) {
-   lfib->lfibRouteIs(pwRoute(100, 7));
-   lfib->lfibRouteIs(pwRoute(101, 7));
-   EXPECT_EQ(sm->pwNonExistingAdj(7), (Fal::LFibSm::RouteKeySet{key(100), key(101)}));
-   // Nothing is copied while the adjacency is missing.
-   EXPECT_FALSE(ipStatus->lfibRouteHas(key(100)));
-
-   pwAdj(8, portPw(8));  // another adjacency wakes nobody
-   EXPECT_EQ(sm->pwNonExistingAdjs(), 1u);
-
-   pwAdj(7, portPw(7));
-   EXPECT_EQ(sm->pwNonExistingAdjs(), 0u);
-   EXPECT_EQ(decap->labelToPwDecapInfo(label(100)), FalPw::PwDecapInfo(label(100), portPw(7)));
-   EXPECT_EQ(decap->labelToPwDecapInfo(label(101)), FalPw::PwDecapInfo(label(101), portPw(7)));
-   EXPECT_EQ(ipStatus->lfibRoute(key(101)), pwRoute(101, 7));
-   expectConsistent();
-}
-
-TEST_F(LFibSmDecapTest, WaitingRouteThatGoesLeavesNothingWaiting) {
-   lfib->lfibRouteIs(pwRoute(100, 7));
-   lfib->lfibRouteDel(key(100));
-   EXPECT_EQ(sm->pwNonExistingAdjs(), 0u);
-   pwAdj(7, portPw(7));
-   EXPECT_FALSE(decapped(100));
-   expectConsistent();
-}
-
 TEST_F(LFibSmDecapTest, AdjacencyChangesReachTheRoutesThatUseIt) {
    lfib->lfibRouteIs(pwRoute(100, 1));
    answer(decapFecId(0));
@@ -207,23 +180,6 @@ TEST_F(LFibSmDecapTest, AdjacencyChangesReachTheRoutesThatUseIt) {
    EXPECT_EQ(sm->pwNonExistingAdj(1), Fal::LFibSm::RouteKeySet{key(100)});
    pwAdj(1, vlanPw(2));
    EXPECT_EQ(req->fec(sm->dstPortFecRequested(label(100))).via(0).vlanId(), Bridging::VlanId(1002));
-   expectConsistent();
-}
-
-TEST_F(LFibSmDecapTest, RouteMovedToAnotherVlanPseudowireGetsAFreshFec) {
-   lfib->lfibRouteIs(pwRoute(100, 1));
-   answer(decapFecId(0));
-   lfib->lfibRouteIs(pwRoute(100, 2));
-   // Delete first: the old FEC waits for its answer to go, the new one is requested.
-   EXPECT_EQ(sm->dstPortFecRequested(label(100)), decapFecId(1));
-   EXPECT_FALSE(decapped(100));
-   EXPECT_FALSE(sm->pwIntfIdToFecId(vlanPw(1)));
-   EXPECT_TRUE(sm->pwIntfIdToFecId(vlanPw(2))->fecId(decapFecId(1)));
-   expectConsistent();
-   answer(decapFecId(1));
-   withdraw(decapFecId(0));
-   EXPECT_EQ(decap->labelToPwDecapInfo(label(100)), FalPw::PwDecapInfo(label(100), vlanPw(2)));
-   EXPECT_EQ(allocated(), 1u);
    expectConsistent();
 }
 

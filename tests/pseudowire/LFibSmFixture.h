@@ -75,9 +75,10 @@ struct DecapWatch : FalPw::DecapInfoTable::NotifieeConst {
    std::vector<Wire::MplsLabel> labels;
 };
 
-// A FEC id service that answers every request from inside the request, answers anew each write
-// of a requested FEC (the deletion that precedes the request's own included), and withdraws the
-// answer from inside the request's deletion, as a platform on the same thread may.
+// A FEC id service that answers every request from inside the request (the same hardware id for
+// the same FEC every time), answers anew with a fresh id each write of a requested FEC (the
+// deletion that precedes the request's own included), and withdraws the answer from inside the
+// request's deletion, as a platform on the same thread may.
 struct ImmediateFecIdService : Fal::FecIdToHwFecIdRequest::NotifieeConst {
    ImmediateFecIdService(Kor::Ptr<const Fal::FecIdToHwFecIdRequest> req,
                          Kor::Ptr<Fal::FecIdToHwFecIdResponse> resp)
@@ -87,7 +88,7 @@ struct ImmediateFecIdService : Fal::FecIdToHwFecIdRequest::NotifieeConst {
    }
    void onHwFecIdRequest(FecId id) override {
       if (requested(id)) {
-         response->hwFecIdIs(Fal::FecToHwFecId(id, ++hwFecId));
+         response->hwFecIdIs(Fal::FecToHwFecId(id, 5000 + id.index()));
       } else {
          response->hwFecIdDel(id);
       }
@@ -98,7 +99,7 @@ struct ImmediateFecIdService : Fal::FecIdToHwFecIdRequest::NotifieeConst {
       }
    }
    Kor::Ptr<Fal::FecIdToHwFecIdResponse> response;
-   Fal::HwFecId hwFecId = 5000;
+   Fal::HwFecId hwFecId = 9000;
 };
 
 // The pseudowire state machine on in-memory tables and a simulated clock. The platform's FEC id
