@@ -72,16 +72,6 @@ TEST(ResolvedNexthopTest, DefaultIsUnresolvedAndDefaultRouteIsFlagged) {
                                    Wire::IntfId::ethernet(1), Fal::NexthopType::gateway);
    EXPECT_TRUE(viaDefault.viaDefaultRoute());
    EXPECT_TRUE(viaDefault.hasNexthop());
-   Fal::ResolvedNexthop v6Default(L3::IpPrefix::parse("::/0"), ip("2001:db8::fe"),
-                                  Wire::IntfId::ethernet(1), Fal::NexthopType::gateway);
-   EXPECT_TRUE(v6Default.viaDefaultRoute());
-   Fal::ResolvedNexthop specific(L3::IpPrefix::parse("10.0.0.0/24"), ip("10.0.0.1"),
-                                 Wire::IntfId::ethernet(1), Fal::NexthopType::connected);
-   EXPECT_FALSE(specific.viaDefaultRoute());
-   Fal::ResolvedNexthop dropped(L3::IpPrefix::parse("10.0.0.0/24"), Wire::IpGenAddr(),
-                                Wire::IntfId(), Fal::NexthopType::drop);
-   EXPECT_TRUE(dropped.resolved());
-   EXPECT_FALSE(dropped.hasNexthop());
 
    EXPECT_EQ(viaDefault.stringValue(),
              "Value('Fal::ResolvedNexthop', ** {'prefix': 0.0.0.0/0, 'nexthop': 10.0.0.254, "
