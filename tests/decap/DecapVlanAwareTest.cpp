@@ -64,41 +64,6 @@ TEST_F(DecapVlanAware, RemovedTagIsDeletedPerRouteAndNothingElse) {
    expectConsistent();
 }
 
-TEST_F(DecapVlanAware, WholeCollectionEventIsDeleteAllThenCreateAll) {
-   collection(5, {{10, 100}, {20, 200}});
-   start();
-   route(16, vlanAwareVia(1, 5));
-   settle();
-   helper->takeCalls();
-
-   Mpls::LfibDot1qTagToVlan::TagMap replacement;
-   replacement[vlan(10)] = Bridging::VlanIdOrNone(vlan(100));
-   replacement[vlan(30)] = Bridging::VlanIdOrNone(vlan(300));
-   coll(5)->dot1qTagToVlanIdIs(replacement);
-   const Calls calls = helper->takeCalls();
-   ASSERT_EQ(calls.size(), 4u);
-   EXPECT_EQ(sorted(Calls(calls.begin(), calls.begin() + 2)),
-             (Calls{"deleteLabelDot1qToVlan(16,10,false)", "deleteLabelDot1qToVlan(16,20,false)"}));
-   EXPECT_EQ(sorted(Calls(calls.begin() + 2, calls.end())),
-             (Calls{"createLabelDot1qToVlan(16,10,100,false)",
-                    "createLabelDot1qToVlan(16,30,300,false)"}));
-   // The route survives the delete pass.
-   EXPECT_EQ(programmed(16)->dot1qTags(), 2u);
-   EXPECT_TRUE(programmed(16)->dot1qTagToVlanIdHas(vlan(30)));
-   expectConsistent();
-}
-
-TEST_F(DecapVlanAware, CollectionsPresentAtConstructionAreWatched) {
-   collection(5, {{10, 100}});
-   collection(6, {});
-   start();
-   route(16, vlanAwareVia(1, 6));
-   settle();
-   EXPECT_TRUE(helper->takeCalls().empty());  // collection 6 has no tags yet
-   coll(6)->dot1qTagToVlanIdIs(vlan(7), Bridging::VlanIdOrNone(vlan(70)));
-   EXPECT_EQ(helper->takeCalls(), Calls{"createLabelDot1qToVlan(16,7,70,false)"});
-}
-
 TEST_F(DecapVlanAware, CollectionRemovalCallsNothingAndRouteDeletionUndoesItsTags) {
    twoRoutesOnOneCollection();
    helper->takeCalls();
