@@ -63,32 +63,6 @@ TEST_F(LFibSmTest, StartUpClearsStaleStateThenReplaysRoutesAdjacenciesAndExtFecA
    expectConsistent();
 }
 
-TEST_F(LFibSmTest, RestartOverSurvivingTablesRebuildsTheSameDecapState) {
-   ImmediateFecIdService platform(req, resp);
-   pw->localConnectorInfoIs(vlanPw(1), connector(1, 10, 1001));
-   pwAdj(1, vlanPw(1));
-   pwAdj(2, portPw(2));
-   start();
-   lfib->lfibRouteIs(pwRoute(100, 1));
-   lfib->lfibRouteIs(pwRoute(200, 2));
-   ASSERT_TRUE(decapped(100));
-   ASSERT_TRUE(decapped(200));
-   const auto tableBefore = decap->labelToPwDecapInfoMap();
-
-   // The agent restarts: the old machine goes, the tables survive, and the LFIB loses label 200
-   // while nobody listens.
-   sm = nullptr;
-   lfib->lfibRouteDel(key(200));
-   start();
-
-   EXPECT_EQ(decap->labelToPwDecapInfoMap().size(), 1u);
-   EXPECT_EQ(decap->labelToPwDecapInfo(label(100)), tableBefore.at(label(100)));
-   EXPECT_FALSE(decapped(200));
-   EXPECT_FALSE(ipStatus->lfibRouteHas(key(200)));
-   EXPECT_EQ(sm->dstPortFecRequested(label(100)), decapFecId(0));
-   expectConsistent();
-}
-
 TEST_F(LFibSmTest, CopiesIntoTheWritableStatusFollowAddsChangesAndDeletes) {
    start();
    lfib->lfibRouteIs(mplsRoute(16, 5));
