@@ -48,22 +48,6 @@ TEST_F(DecapVlanAware, ChangedTagIsDeletedThenCreatedPerRouteAndTheOtherTagIsLef
    expectConsistent();
 }
 
-TEST_F(DecapVlanAware, RemovedTagIsDeletedPerRouteAndNothingElse) {
-   twoRoutesOnOneCollection();
-   helper->takeCalls();
-   coll(5)->dot1qTagToVlanIdDel(vlan(20));
-   EXPECT_EQ(helper->takeCalls(),
-             (Calls{"deleteLabelDot1qToVlan(16,20,false)", "deleteLabelDot1qToVlan(17,20,true)"}));
-   EXPECT_FALSE(programmed(16)->dot1qTagToVlanIdHas(vlan(20)));
-   EXPECT_TRUE(programmed(16)->dot1qTagToVlanIdHas(vlan(10)));
-   EXPECT_EQ(programmed(17)->dot1qTags(), 1u);
-   // An added tag is programmed for every route.
-   coll(5)->dot1qTagToVlanIdIs(vlan(30), Bridging::VlanIdOrNone(vlan(300)));
-   EXPECT_EQ(helper->takeCalls(), (Calls{"createLabelDot1qToVlan(16,30,300,false)",
-                                         "createLabelDot1qToVlan(17,30,300,true)"}));
-   expectConsistent();
-}
-
 TEST_F(DecapVlanAware, CollectionRemovalCallsNothingAndRouteDeletionUndoesItsTags) {
    twoRoutesOnOneCollection();
    helper->takeCalls();

@@ -138,10 +138,7 @@ TEST_F(TimerTasks, ClocksAndTimerTasksShareOneTimeline) {
 TEST_F(TimerTasks, WheelGivesTheLoopsTimeAndAClockOnIt) {
    loop->advance(3.0);
    EXPECT_EQ(wheel->now(), 3.0);
-   ASSERT_TRUE(wheel->clock());
    EXPECT_EQ(wheel->clock()->now(), 3.0);
-   EXPECT_EQ(wheel->clock()->source(), loop.get());
-   EXPECT_EQ(wheel->scheduler(), loop->scheduler());
    // The wheel keeps the loop alive for whoever holds only the wheel.
    auto t = timer("t");
    t->scheduleAfter(1.0);

@@ -25,8 +25,6 @@ TEST(IpGenAddr, FamiliesAndEmptiness) {
    IpGenAddr v6 = IpGenAddr::parse("2001:db8::1");
    EXPECT_EQ(v6.af(), Wire::ipv6());
    EXPECT_EQ(v6.v4Addr(), IpAddr());
-   EXPECT_TRUE(v6.af() == Wire::ipv4() || v6.af() == Wire::ipv6());
-   EXPECT_FALSE(none.af() == Wire::ipv4() || none.af() == Wire::ipv6());
    // The zero address of a family is an address, not the empty one.
    EXPECT_NE(IpGenAddr::parse("0.0.0.0"), none);
    EXPECT_NE(IpGenAddr::parse("::"), none);
