@@ -103,9 +103,6 @@ class DecapFixture : public ::testing::Test {
    bool unprogrammed(std::uint32_t label) const {
       return hwStatus->unprogrammedRouteHas(key(label));
    }
-   unsigned reason(std::uint32_t label) const {
-      return unsigned(hwStatus->unprogrammedRoute(key(label)).reason());
-   }
 
    // The state machine's bookkeeping agrees with itself: each programmed key is held by exactly
    // the via map of its type, no via map holds a key of another type, and every VLAN-aware route

@@ -73,16 +73,4 @@ TEST_F(DecapUnprogrammed, ReviewYieldsAndStartsAgainFromTheFirstKeyAfterTheInter
    expectConsistent();
 }
 
-TEST_F(DecapUnprogrammed, TheRetryIntervalCanBeChanged) {
-   start();
-   sm->defaultUnprogrammedRetryIntervalIs(1.5);
-   helper->answerIs(Mpls::lfibHwProgrammingFailed_);
-   route(16, vlanVia(1, 10));
-   settle();
-   helper->takeCalls();
-   loop->advance(1.5);
-   loop->advance(1.5);
-   EXPECT_EQ(helper->callTimes(), (std::vector<double>{1.5, 3.0}));
-}
-
 }  // namespace

