@@ -192,16 +192,6 @@ TEST_F(LFibSmDecapTest, RouteThatStopsEndingAPseudowireLosesItsDecapStateButStay
    expectConsistent();
 }
 
-TEST_F(LFibSmDecapTest, AdjacencyNamingNoPseudowireIsTracedAndSkipped) {
-   pwAdj(9, Wire::IntfId::ethernet(9));
-   lfib->lfibRouteIs(pwRoute(900, 9));
-   EXPECT_TRUE(traced("is not a pseudowire, decap skipped"));
-   EXPECT_FALSE(decapped(900));
-   EXPECT_EQ(allocated(), 0u);
-   EXPECT_EQ(ipStatus->lfibRoute(key(900)), pwRoute(900, 9));
-   expectConsistent();
-}
-
 TEST_F(LFibSmDecapTest, FreeingAFecThatIsStillRequestedIsAProgrammingError) {
    lfib->lfibRouteIs(pwRoute(100, 1));
    EXPECT_DEATH(Fal::LFibSmTestAccess::freeDecapFecId(*sm, decapFecId(0)),

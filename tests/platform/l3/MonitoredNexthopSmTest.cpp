@@ -65,21 +65,6 @@ TEST(MonitoredNexthopSmTest, VrfAddressAndInterfaceEachMakeADistinctEntry) {
    EXPECT_EQ(sm->entries(), 3u);
 }
 
-TEST(MonitoredNexthopSmTest, DeleteAllDropsEveryEntryWhateverItsCount) {
-   auto sm = Kor::make<Fal::MonitoredNexthopSm>("mnh");
-   sm->addEntry(Fal::VrfId(0), ip("10.0.0.1"), Wire::IntfId::ethernet(1));
-   sm->addEntry(Fal::VrfId(0), ip("10.0.0.1"), Wire::IntfId::ethernet(1));
-   sm->addEntry(Fal::VrfId(0), ip("10.0.0.2"), Wire::IntfId::ethernet(1));
-   EntryRecorder r(sm);
-   sm->entryDelAll();
-   ASSERT_EQ(r.events.size(), 2u);
-   for (const auto& e : r.events) {
-      EXPECT_EQ(e[0], '-') << e;
-   }
-   EXPECT_EQ(sm->entries(), 0u);
-   EXPECT_EQ(sm->entryRefs(Fal::VrfId(0), ip("10.0.0.1"), Wire::IntfId::ethernet(1)), 0u);
-}
-
 TEST(MonitoredNexthopSmTest, EmptyNextHopIsRefused) {
    auto sm = Kor::make<Fal::MonitoredNexthopSm>("mnh");
    EntryRecorder r(sm);

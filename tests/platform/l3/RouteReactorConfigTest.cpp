@@ -72,19 +72,6 @@ TEST(RouteReactorConfigTest, HostRouteOnlyWidensOnceAndStaysWideUntilTheLastUser
    EXPECT_TRUE(cfg->watchedAddrHostRouteOnly(k));
 }
 
-TEST(RouteReactorConfigTest, DeleteAllNotifiesOncePerAddress) {
-   auto cfg = Kor::make<Fal::RouteReactorConfig>("rr");
-   cfg->addWatchedAddr(v4("10.0.0.1"), false);
-   cfg->addWatchedAddr(v4("10.0.0.1"), false);
-   cfg->addWatchedAddr(v4("10.0.0.2"), false);
-   V4Recorder r(cfg);
-   cfg->watchedAddrDelAll();
-   ASSERT_EQ(r.events.size(), 2u);
-   EXPECT_EQ(r.events[0][0], '-');
-   EXPECT_EQ(r.events[1][0], '-');
-   EXPECT_EQ(cfg->watchedAddrs(), 0u);
-}
-
 TEST(Route6ReactorConfigTest, CountsUsersAndTakesIpv6Only) {
    auto cfg = Kor::make<Fal::Route6ReactorConfig>("rr6");
    V6Recorder r(cfg);
