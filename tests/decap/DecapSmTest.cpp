@@ -181,25 +181,4 @@ TEST_F(DecapSm, BacklogTaskYieldsAndContinuesFromWhatIsLeft) {
    expectConsistent();
 }
 
-TEST_F(DecapSm, DestructionCallsNoHelperAndASuccessorStartsEmpty) {
-   start();
-   route(16, vlanVia(1, 10));
-   route(17, ipLookupVia(2, "red"));
-   settle();
-   helper->takeCalls();
-   sm = nullptr;
-   EXPECT_TRUE(helper->callTexts().empty());
-   EXPECT_EQ(loop->scheduler()->readyTasks(), 0u);
-
-   // The LFIB changes while no machine runs. The successor starts empty: it programs what its
-   // backlog names, and the helper's listing tells it of the mapping it knows nothing of (the
-   // tracking backlog here survived, so it never hears of route 17), which it deletes.
-   vlanVia(1, 11);
-   start();
-   settle();
-   EXPECT_EQ(helper->takeCalls(),
-             (Calls{"createLabelToVlan(16,11,false)", "deleteLabelToVrf(17,red,1)"}));
-   EXPECT_FALSE(sm->routeViaTypeHas(key(17)));
-}
-
 }  // namespace

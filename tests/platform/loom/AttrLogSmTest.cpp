@@ -17,10 +17,8 @@ struct Watcher : AttrLogSm::NotifieeConst {
          onBacklogHook();
       }
    }
-   void onClogThreshold() override { ++thresholdChanges; }
    void onClogged() override { seen.push_back(notifier()->isAttrLogOutClogged()); }
    int backlogChanges = 0;
-   int thresholdChanges = 0;
    std::vector<bool> seen;  // the clogged answer at each onClogged
    std::function<void()> onBacklogHook;
 };
@@ -39,21 +37,6 @@ TEST(AttrLogSm, CloggedAtOrAboveTheThreshold) {
    log->outputBacklogIs(0);
    EXPECT_FALSE(log->isAttrLogOutClogged());
    EXPECT_EQ(w.backlogChanges, 4);
-   EXPECT_EQ(w.seen, (std::vector<bool>{true, false}));
-}
-
-TEST(AttrLogSm, ThresholdChangeCanFlipTheState) {
-   auto log = Kor::make<AttrLogSm>();
-   EXPECT_EQ(log->clogThreshold(), AttrLogSm::defaultClogThreshold());
-   Watcher w(log);
-   log->outputBacklogIs(50);
-   EXPECT_FALSE(log->isAttrLogOutClogged());
-   log->clogThresholdIs(50);
-   EXPECT_TRUE(log->isAttrLogOutClogged());
-   log->clogThresholdIs(40);  // still clogged: no clogged notification
-   log->clogThresholdIs(51);
-   EXPECT_FALSE(log->isAttrLogOutClogged());
-   EXPECT_EQ(w.thresholdChanges, 3);
    EXPECT_EQ(w.seen, (std::vector<bool>{true, false}));
 }
 
