@@ -46,14 +46,17 @@ class HwVrfTables : public ::testing::Test {
    Watch<Fal::MplsHwVrfConfig> watch{vrf};
 };
 
-TEST_F(HwVrfTables, RouteIsNotifiesOnlyOnChange) {
+TEST_F(HwVrfTables, RoutesNotifyOnlyOnChangeAndDeleteAnswersWhatWasThere) {
    auto a = adj(1);
    vrf->routeIs(Fal::MplsHwRoute(key(16), a, 1));
    vrf->routeIs(Fal::MplsHwRoute(key(16), a, 1));
    EXPECT_EQ(watch.routes.size(), 1u);
    vrf->routeIs(Fal::MplsHwRoute(key(16), a, 2));
    EXPECT_EQ(watch.routes.size(), 2u);
-   EXPECT_EQ(vrf->route(key(16)).version(), 2u);
+   EXPECT_TRUE(!vrf->routeDel(key(99)));  // absent: empty and silent
+   EXPECT_EQ(vrf->routeDel(key(16)).version(), 2u);
+   EXPECT_EQ(watch.routes.size(), 3u);
+   EXPECT_TRUE(!vrf->route(key(16)));
 }
 
 TEST_F(HwVrfTables, EqualContentOtherAdjacencyObjectIsAChange) {
@@ -65,17 +68,6 @@ TEST_F(HwVrfTables, EqualContentOtherAdjacencyObjectIsAChange) {
    EXPECT_EQ(vrf->route(key(16)).l2Adjacency(), b);
    // The table released its reference to the replaced adjacency.
    EXPECT_EQ(a->references(), 1);
-}
-
-TEST_F(HwVrfTables, RouteDelOfAbsentKeyReturnsEmptyAndIsSilent) {
-   Fal::MplsHwRoute removed = vrf->routeDel(key(99));
-   EXPECT_TRUE(!removed);
-   EXPECT_TRUE(watch.routes.empty());
-   EXPECT_TRUE(!vrf->route(key(99)));
-   vrf->routeIs(Fal::MplsHwRoute(key(20), adj(3), 7));
-   Fal::MplsHwRoute gone = vrf->routeDel(key(20));
-   EXPECT_EQ(gone.version(), 7u);
-   EXPECT_EQ(watch.routes.size(), 2u);
 }
 
 TEST_F(HwVrfTables, L2AdjacencyCountRules) {

@@ -67,14 +67,10 @@ TEST(FecId, ValidityOrderHashText) {
    EXPECT_EQ(FecId::parse(id.stringValue()), id);
 }
 
-TEST(FibViaIndex, BoundsAndText) {
-   EXPECT_EQ(rangeErrorText([] { ViaIndex(512); }),
-             "ViaIndex::value < ViaIndex::min or > ViaIndex::max not allowed");
+TEST(FibViaIndex, RefusedValueLeavesTheOldOne) {
    ViaIndex i(3);
    EXPECT_THROW(i.valueIs(512), Kor::RangeError);
-   EXPECT_EQ(i.value(), 3u);  // a refused value leaves the old one
-   i.valueIs(511);
-   EXPECT_EQ(i, ViaIndex(511));
+   EXPECT_EQ(i.value(), 3u);
 }
 
 Via mplsVia(const char* nh, std::uint32_t label) {
