@@ -89,6 +89,8 @@ TEST(LfibStatus, NotifiesOnlyOnRealChange) {
    EXPECT_EQ(w.routes, 1);
    EXPECT_EQ(w.vias, 2);
    EXPECT_EQ(w.colls, 1);
+   lfib->lfibRouteDel(key(16));
+   EXPECT_EQ(w.routes, 2);
 }
 
 TEST(LfibStatus, ARouteWithoutALabelIsRefusedAndChangesNothing) {
