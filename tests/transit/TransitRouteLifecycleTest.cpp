@@ -3,6 +3,8 @@
 // and restarts.
 #include <gtest/gtest.h>
 
+#include <functional>
+
 #include "support/TransitTestCommon.h"
 
 namespace {
@@ -70,44 +72,37 @@ TEST(TransitRoute, RouteWaitsForViaSetThenNextHopThenReachesHardwareAndIsPublish
    EXPECT_TRUE(a.programmed(100));
 }
 
-TEST(TransitRoute, NothingIsProgrammedBeforeThePlatformConfirmsRouting) {
-   TransitAgent a;
-   a.chip.confirmRoutingIs(false);
-   a.hwStatus->vrfStatusIs(Fal::VrfId(0));
-   a.neighbor("10.0.0.2", kVlan10, "00:00:00:00:00:02");
-   a.route(100, a.viaSet(1, {a.mplsVia(1, "10.0.0.2", kVlan10)}));
-   settleAndCheck(a, 5.0);
-   EXPECT_TRUE(a.vrfConfig()->mplsRouting());  // asked for
-   EXPECT_FALSE(a.vrfStatus()->mplsRouting());
-   EXPECT_FALSE(a.state());
-   EXPECT_EQ(a.vrfConfig()->routes(), 0u);
-   EXPECT_EQ(a.monitoredNhSm->entries(), 0u);
-
-   a.chip.confirmRoutingIs(true);
-   settleAndCheck(a);
-   EXPECT_TRUE(a.programmed(100));
-}
-
-TEST(TransitRoute, VrfNameUnknownHoldsEverythingUntilItIsKnown) {
-   TransitAgent::Options o;
-   o.vrfNameKnown = false;
-   TransitAgent a(o);
-   settleAndCheck(a);
-   // The platform has answered for VRF 0, whose name nobody has given yet.
-   ASSERT_TRUE(a.vrfStatus());
-   ASSERT_TRUE(a.vrfStatus()->mplsRouting());
-   a.neighbor("10.0.0.2", kVlan10, "00:00:00:00:00:02");
-   a.route(100, a.viaSet(1, {a.mplsVia(1, "10.0.0.2", kVlan10)}));
-   settleAndCheck(a);
-   // Nothing happens in a VRF whose name is not known.
-   EXPECT_FALSE(a.state());
-   EXPECT_EQ(a.vrfConfig()->routes(), 0u);
-
-   a.l3Status->vrfNameIs(Fal::VrfId(0), L3::VrfName::defaultVrf());
-   settleAndCheck(a);
-   ASSERT_TRUE(a.programmed(100));
-   ASSERT_TRUE(a.stateRoute(100));
-   EXPECT_FALSE(a.stateRoute(100)->unprogrammed());
+// Nothing happens until the platform confirms routing, the VRF has its name and the control plane
+// has routing on; each opening brings the route up.
+TEST(TransitRoute, NothingIsProgrammedWhileAGateIsClosed) {
+   const struct {
+      const char* name;
+      bool vrfNameKnown, mplsRouting, platformConfirms, askedFor;
+      std::function<void(TransitAgent&)> open;
+   } cases[] = {
+       {"platform has not confirmed", true, true, false, true,
+        [](TransitAgent& a) { a.chip.confirmRoutingIs(true); }},
+       {"VRF name unknown", false, true, true, true,
+        [](TransitAgent& a) { a.l3Status->vrfNameIs(Fal::VrfId(0), L3::VrfName::defaultVrf()); }},
+       {"routing off, no routes: the flag clears at once", true, false, true, false,
+        [](TransitAgent& a) { a.routingInfo->mplsRoutingIs(true); }},
+   };
+   for (const auto& c : cases) {
+      SCOPED_TRACE(c.name);
+      TransitAgent a({.mplsRouting = c.mplsRouting, .vrfNameKnown = c.vrfNameKnown});
+      a.chip.confirmRoutingIs(c.platformConfirms);
+      a.hwStatus->vrfStatusIs(Fal::VrfId(0));
+      a.neighbor("10.0.0.2", kVlan10, "00:00:00:00:00:02");
+      a.route(100, a.viaSet(1, {a.mplsVia(1, "10.0.0.2", kVlan10)}));
+      settleAndCheck(a, 5.0);
+      EXPECT_EQ(a.vrfConfig()->mplsRouting(), c.askedFor);
+      EXPECT_EQ(a.vrfStatus()->mplsRouting(), c.platformConfirms && c.askedFor);
+      EXPECT_FALSE(a.state());
+      EXPECT_EQ(a.vrfConfig()->routes() + a.monitoredNhSm->entries(), 0u);
+      c.open(a);
+      settleAndCheck(a);
+      EXPECT_TRUE(a.programmed(100));
+   }
 }
 
 TEST(TransitRoute, OtherVrfNamesAreSkipped) {
@@ -152,26 +147,6 @@ TEST(TransitRoute, RouteMovesBetweenViaSetsAndLetsTheOldOnesGo) {
    settleAndCheck(a);
    ASSERT_TRUE(a.programmed(100));
    EXPECT_EQ(a.configRoute(100).l2Adjacency()->l2ViaSet(), oldL2->l2ViaSet());
-   EXPECT_EQ(a.vrfConfig()->l2Adjacencies(), 1u);
-}
-
-TEST(TransitRoute, RoutesOfOneViaSetShareItsAdjacencies) {
-   TransitAgent a;
-   a.neighbor("10.0.0.2", kVlan10, "00:00:00:00:00:02");
-   auto set = a.viaSet(1, {a.mplsVia(1, "10.0.0.2", kVlan10)});
-   for (std::uint32_t label = 100; label < 110; ++label) {
-      a.route(label, set);
-   }
-   settleAndCheck(a);
-   EXPECT_EQ(a.vrfStatus()->routes(), 10u);
-   EXPECT_EQ(a.vrfConfig()->l2Adjacencies(), 1u);
-   EXPECT_EQ(a.l3Adj(set)->routeKeys(), 10u);
-   // Deleting all but one keeps the adjacencies.
-   for (std::uint32_t label = 100; label < 109; ++label) {
-      a.routeDel(label);
-   }
-   settleAndCheck(a);
-   EXPECT_TRUE(a.programmed(109));
    EXPECT_EQ(a.vrfConfig()->l2Adjacencies(), 1u);
 }
 
@@ -339,8 +314,6 @@ TEST(TransitRoute, RoutingSwitchedOffDrainsRoutesBeforeTheHardwareFlagGoes) {
    EXPECT_FALSE(a.state());
    EXPECT_TRUE(traces.contains("disable mplsRouting in vrf default"));
    EXPECT_TRUE(traces.contains("delete state for vrf default"));
-   EXPECT_EQ(a.monitoredNhSm->entries(), 0u);
-   EXPECT_TRUE(a.hwMplsStatus->routeMap().empty());
    EXPECT_FALSE(a.vrfStatus()->mplsRouting());
 
    // And back on: everything returns once the platform confirms.
@@ -350,73 +323,53 @@ TEST(TransitRoute, RoutingSwitchedOffDrainsRoutesBeforeTheHardwareFlagGoes) {
    EXPECT_TRUE(a.programmed(101));
 }
 
-TEST(TransitRoute, ViaSetChangesWhileRoutingIsBrieflyOffAreNotLost) {
-   TransitAgent a;
-   twoRoutes(a);
-   ASSERT_TRUE(a.programmed(100));
-   // Off and on again before the routes have drained; meanwhile the via moves to another next hop.
-   a.routingInfo->mplsRoutingIs(false);
-   a.mplsVia(1, "10.0.1.2", kVlan20);
-   a.routingInfo->mplsRoutingIs(true);
-   settleAndCheck(a);
-   ASSERT_TRUE(a.programmed(100));
-   EXPECT_EQ(a.configRoute(100).l2Adjacency()->l2ViaSet().begin()->macAddr(),
-             Wire::EthAddr::parse("00:00:00:00:01:02"));
-   EXPECT_EQ(a.monitoredNhSm->entries(), 1u);
-   EXPECT_TRUE(
-       a.monitoredNhSm->entryHas(Fal::VrfId(0), Wire::IpGenAddr::parse("10.0.1.2"), kVlan20));
-}
-
-TEST(TransitRoute, RoutesDrainedWhileRoutingIsBrieflyOffComeBack) {
-   TransitAgent a;
-   twoRoutes(a);
-   ASSERT_TRUE(a.programmed(100));
-   // Off long enough for one review pass to take the routes down, on again before the VRF is
-   // empty: the platform never stops confirming routing, so nothing else announces the return.
-   a.routingInfo->mplsRoutingIs(false);
-   a.loop->advance(0.0015);
-   ASSERT_FALSE(a.stateRoute(100));
-   ASSERT_TRUE(a.vrfConfig()->mplsRouting());
-   a.routingInfo->mplsRoutingIs(true);
-   settleAndCheck(a);
-   EXPECT_TRUE(a.programmed(100));
-   EXPECT_TRUE(a.programmed(101));
-}
-
-TEST(TransitRoute, ChangesWhileThePlatformHasRoutingOffAreTakenUpWhenItReturns) {
-   TransitAgent a;
-   auto set = twoRoutes(a);
-   ASSERT_TRUE(a.programmed(101));
-   // The platform withdraws MPLS routing on its own; meanwhile the LFIB moves on.
-   a.vrfStatus()->mplsRoutingIs(false);
-   a.routeDel(101);
-   a.mplsVia(1, "10.0.1.2", kVlan20);
-   a.route(102, set);
-   settleAndCheck(a);
-   a.vrfStatus()->mplsRoutingIs(true);
-   settleAndCheck(a);
-   EXPECT_TRUE(!a.configRoute(101));
-   EXPECT_FALSE(a.stateRoute(101));
-   EXPECT_TRUE(a.programmed(102));
-   ASSERT_TRUE(a.programmed(100));
-   EXPECT_EQ(a.configRoute(100).l2Adjacency()->l2ViaSet().begin()->macAddr(),
-             Wire::EthAddr::parse("00:00:00:00:01:02"));
-}
-
-TEST(TransitRoute, RoutingOffWithoutRoutesClearsTheFlagAtOnce) {
-   TransitAgent::Options o;
-   o.mplsRouting = false;
-   TransitAgent a(o);
-   EXPECT_FALSE(a.vrfConfig()->mplsRouting());
-   a.neighbor("10.0.0.2", kVlan10, "00:00:00:00:00:02");
-   a.route(100, a.viaSet(1, {a.mplsVia(1, "10.0.0.2", kVlan10)}));
-   settleAndCheck(a);
-   EXPECT_FALSE(a.state());
-   EXPECT_EQ(a.vrfConfig()->routes(), 0u);
-
-   a.routingInfo->mplsRoutingIs(true);
-   settleAndCheck(a);
-   EXPECT_TRUE(a.programmed(100));
+// MPLS routing goes away and comes back while the LFIB moves on: route 101 is deleted and the
+// next hop of route 100's via set changes. Once routing is back both changes are in hardware.
+TEST(TransitRoute, ChangesWhileRoutingIsAwayAreTakenUpWhenItReturns) {
+   const struct {
+      const char* name;
+      std::function<void(TransitAgent&)> off, on;
+   } cases[] = {
+       {"control plane, off and on before a pass",
+        [](TransitAgent& a) { a.routingInfo->mplsRoutingIs(false); },
+        [](TransitAgent& a) { a.routingInfo->mplsRoutingIs(true); }},
+       // Off long enough for one pass to take the routes down, on again before the VRF is empty:
+       // the platform never stops confirming routing, so nothing else announces the return.
+       {"control plane, routes drained",
+        [](TransitAgent& a) {
+           a.routingInfo->mplsRoutingIs(false);
+           a.loop->advance(0.0015);
+           ASSERT_FALSE(a.stateRoute(100));
+           ASSERT_TRUE(a.vrfConfig()->mplsRouting());
+        },
+        [](TransitAgent& a) { a.routingInfo->mplsRoutingIs(true); }},
+       {"the platform withdraws it on its own",
+        [](TransitAgent& a) { a.vrfStatus()->mplsRoutingIs(false); },
+        [](TransitAgent& a) {
+           settleAndCheck(a);
+           a.vrfStatus()->mplsRoutingIs(true);
+        }},
+   };
+   for (const auto& c : cases) {
+      SCOPED_TRACE(c.name);
+      TransitAgent a;
+      a.neighbor("10.0.0.2", kVlan10, "00:00:00:00:00:02");
+      a.neighbor("10.0.1.2", kVlan20, "00:00:00:00:01:02");
+      a.route(100, a.viaSet(1, {a.mplsVia(1, "10.0.0.2", kVlan10)}));
+      a.route(101, a.viaSet(2, {a.mplsVia(2, "10.0.1.2", kVlan20)}));
+      settleAndCheck(a);
+      ASSERT_TRUE(a.programmed(100));
+      c.off(a);
+      a.routeDel(101);
+      a.mplsVia(1, "10.0.1.2", kVlan20);
+      c.on(a);
+      settleAndCheck(a);
+      EXPECT_FALSE(a.stateRoute(101));
+      ASSERT_TRUE(a.programmed(100));
+      EXPECT_EQ(a.configRoute(100).l2Adjacency()->l2ViaSet().begin()->macAddr(),
+                Wire::EthAddr::parse("00:00:00:00:01:02"));
+      EXPECT_EQ(a.monitoredNhSm->entries(), 1u);
+   }
 }
 
 TEST(TransitRoute, RestartRemovesStaleConfigurationAndReprogramsTheLfib) {
