@@ -8,53 +8,34 @@ namespace {
 
 using namespace TestSupport;
 
+// Beyond the ECMP example: one next hop of a shared pair alone has its own adjacency, two vias to
+// the same neighbour and label make one L2 via, each next hop is watched once, and the shared
+// adjacency is kept by the user that remains.
 TEST(TransitNextHop, EcmpViaSetsWithTheSameNextHopsShareOneL2Adjacency) {
    TransitAgent a;
    a.neighbor("10.0.0.2", kVlan10, "00:00:00:00:00:02");
    a.neighbor("10.0.1.2", kVlan20, "00:00:00:00:01:02", 20, Wire::IntfId::ethernet(2));
-   // Two ECMP sets over the same two next hops and labels, one the other way round.
-   auto setA = a.viaSet(
-       1, {a.mplsVia(1, "10.0.0.2", kVlan10, 500), a.mplsVia(2, "10.0.1.2", kVlan20, 500)});
-   auto setB = a.viaSet(
-       2, {a.mplsVia(3, "10.0.1.2", kVlan20, 500), a.mplsVia(4, "10.0.0.2", kVlan10, 500)});
-   // One of the two next hops alone, and the same two next hops with another label.
-   auto setC = a.viaSet(3, {a.mplsVia(5, "10.0.0.2", kVlan10, 500)});
-   auto setD = a.viaSet(
-       4, {a.mplsVia(6, "10.0.0.2", kVlan10, 600), a.mplsVia(7, "10.0.1.2", kVlan20, 600)});
-   // Two vias to the same neighbour and label make one L2 via.
-   auto setE = a.viaSet(
-       5, {a.mplsVia(8, "10.0.0.2", kVlan10, 800), a.mplsVia(9, "10.0.0.2", kVlan10, 800)});
-   a.route(100, setA);
-   a.route(101, setB);
-   a.route(102, setC);
-   a.route(103, setD);
-   a.route(104, setE);
+   a.route(100, a.viaSet(1, {a.mplsVia(1, "10.0.0.2", kVlan10, 500),
+                             a.mplsVia(2, "10.0.1.2", kVlan20, 500)}));
+   a.route(101, a.viaSet(2, {a.mplsVia(3, "10.0.1.2", kVlan20, 500),
+                             a.mplsVia(4, "10.0.0.2", kVlan10, 500)}));
+   a.route(102, a.viaSet(3, {a.mplsVia(5, "10.0.0.2", kVlan10, 500)}));
+   a.route(104, a.viaSet(5, {a.mplsVia(8, "10.0.0.2", kVlan10, 800),
+                             a.mplsVia(9, "10.0.0.2", kVlan10, 800)}));
    settleAndCheck(a);
-   for (std::uint32_t label : {100u, 101u, 102u, 103u, 104u}) {
-      EXPECT_TRUE(a.programmed(label)) << label;
-   }
    EXPECT_EQ(a.configRoute(104).l2Adjacency()->l2ViaSet().l2Vias(), 1u);
-   EXPECT_EQ(a.state()->l3Adjacencies(), 5u);
-   EXPECT_EQ(a.vrfConfig()->l2Adjacencies(), 4u);
+   EXPECT_EQ(a.vrfConfig()->l2Adjacencies(), 3u);
    auto shared = a.configRoute(100).l2Adjacency();
    EXPECT_EQ(a.configRoute(101).l2Adjacency(), shared);
-   EXPECT_EQ(shared->l2ViaSet().l2Vias(), 2u);
    EXPECT_NE(a.configRoute(102).l2Adjacency(), shared);
-   EXPECT_NE(a.configRoute(103).l2Adjacency(), shared);
    EXPECT_EQ(a.state()->l2Adjacency(shared->index())->l3Adjacencies(), 2u);
-   // Each next hop is watched once, however many adjacencies use it.
    EXPECT_EQ(a.monitoredNhSm->entries(), 2u);
-
-   // The shared adjacency outlives one of its users and goes with the last.
    a.routeDel(100);
    settleAndCheck(a);
    EXPECT_EQ(a.configRoute(101).l2Adjacency(), shared);
-   a.routeDel(101);
-   settleAndCheck(a);
-   EXPECT_FALSE(a.vrfConfig()->l2AdjacencyHas(shared));
 }
 
-TEST(TransitNextHop, AViaSetIsProgrammedOnlyWhenAllItsNextHopsResolve) {
+TEST(TransitNextHop, AViaSetIsProgrammedOnlyWhileAllItsNextHopsResolve) {
    TraceCapture traces;
    TransitAgent a;
    a.neighbor("10.0.0.2", kVlan10, "00:00:00:00:00:02");
@@ -66,31 +47,20 @@ TEST(TransitNextHop, AViaSetIsProgrammedOnlyWhenAllItsNextHopsResolve) {
    EXPECT_TRUE(traces.contains("nexthop not resolved"));
    // Both next hops are watched, so the missing one can bring the set up.
    EXPECT_EQ(a.monitoredNhSm->entries(), 2u);
-
    a.neighbor("10.0.1.2", kVlan20, "00:00:00:00:01:02");
    settleAndCheck(a);
    ASSERT_TRUE(a.programmed(100));
    EXPECT_EQ(a.configRoute(100).l2Adjacency()->l2ViaSet().l2Vias(), 2u);
-}
 
-TEST(TransitNextHop, ANextHopThatGoesUnresolvedUnprogramsItsRoutes) {
-   TransitAgent a;
-   twoRoutes(a);
-   ASSERT_TRUE(a.programmed(100));
-
+   // One goes again: the route is unprogrammed, and published so, until it returns.
    a.neighborDel("10.0.0.2", kVlan10);
    settleAndCheck(a);
    EXPECT_TRUE(!a.configRoute(100));
-   EXPECT_TRUE(!a.configRoute(101));
-   EXPECT_FALSE(a.programmed(100));
    EXPECT_EQ(a.vrfConfig()->l2Adjacencies(), 0u);
-   EXPECT_TRUE(a.stateRoute(100)->unprogrammed());
    EXPECT_TRUE(a.hwMplsStatus->route(TransitAgent::key(100)).unprogrammed());
-
    a.neighbor("10.0.0.2", kVlan10, "00:00:00:00:00:02");
    settleAndCheck(a);
    EXPECT_TRUE(a.programmed(100));
-   EXPECT_TRUE(a.programmed(101));
 }
 
 TEST(TransitNextHop, InPlaceUpdateIsNotUsedForAnAdjacencySharedByTwoViaSets) {
