@@ -184,6 +184,7 @@ TEST(TransitRoute, RouteDeletedBeforeItsReviewNeverReachesHardware) {
 }
 
 TEST(TransitRoute, RoutesDroppedForABadViaSetComeBackWithItWhileItsAdjacencyLives) {
+   TraceCapture traces;
    TransitAgent a;
    auto set = twoRoutes(a);
    ASSERT_TRUE(a.programmed(100));
@@ -195,9 +196,12 @@ TEST(TransitRoute, RoutesDroppedForABadViaSetComeBackWithItWhileItsAdjacencyLive
    // The via set goes bad: route 100 is taken down and dropped from the state.
    a.mplsViaWith(1, "10.0.0.2", kVlan10, {100, 101});
    settleAndCheck(a);
+   EXPECT_TRUE(
+       traces.contains("LFib via set " + set.stringValue() + ", type viaTypeMplsIp is not sane"));
    EXPECT_TRUE(!a.configRoute(100));
    EXPECT_FALSE(a.stateRoute(100));
-   ASSERT_TRUE(a.l3Adj(set));  // still held by the waiting route
+   EXPECT_TRUE(a.sm()->mplsIpRouteKey(TransitAgent::key(100)));  // dropped, not forgotten
+   ASSERT_TRUE(a.l3Adj(set));                                    // still held by the waiting route
 
    // Fixed again: the route it dropped comes back.
    a.mplsVia(1, "10.0.0.2", kVlan10);
