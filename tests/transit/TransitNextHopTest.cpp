@@ -1,5 +1,6 @@
-// Next-hop resolution: the two modes, shared L2 adjacencies, neighbour changes with and without
-// in-place adjacency updates, unresolved next hops and resolution through the default route.
+// Next-hop resolution: shared L2 adjacencies, neighbour changes with and without in-place
+// adjacency updates, unresolved next hops. Resolution through the IP routes is the example
+// next-hops-through-ip-routes.json.
 #include <gtest/gtest.h>
 
 #include "support/TransitTestCommon.h"
@@ -110,73 +111,6 @@ TEST(TransitNextHop, ANeighbourMovingOntoAnExistingL2ViaSetJoinsItsAdjacency) {
    settleAndCheck(a);
    EXPECT_TRUE(a.programmed(101));
    EXPECT_EQ(a.vrfConfig()->l2Adjacencies(), 2u);  // the next hop address differs
-}
-
-TEST(TransitNextHop, RouteResolverModeFollowsTheGatewayNeighbour) {
-   TransitAgent a;
-   a.ipRoute("10.50.0.0", 16, "10.1.0.1", kVlan20);
-   a.neighbor("10.1.0.1", kVlan20, "00:00:00:00:10:01", 20);
-   a.route(100, a.viaSet(1, {a.mplsVia(1, "10.50.0.7", Wire::IntfId(), 4000)}));
-   a.route(101, a.viaSet(2, {a.mplsVia(2, "10.50.0.7", Wire::IntfId(), 4000)}));
-   settleAndCheck(a);
-   ASSERT_TRUE(a.programmed(100));
-   EXPECT_EQ(a.routeReactorConfig->watchedAddrs(), 1u);
-   EXPECT_EQ(a.monitoredNhSm->entries(), 0u);
-   auto adj = a.configRoute(100).l2Adjacency();
-   EXPECT_EQ(a.configRoute(101).l2Adjacency(), adj);
-   EXPECT_EQ(adj->l2ViaSet().begin()->macAddr(), Wire::EthAddr::parse("00:00:00:00:10:01"));
-
-   // The gateway's neighbour entry changes on its own: the route follows.
-   a.neighbor("10.1.0.1", kVlan20, "00:00:00:00:10:02", 20);
-   settleAndCheck(a);
-   ASSERT_TRUE(a.programmed(100));
-   EXPECT_EQ(a.configRoute(100).l2Adjacency()->l2ViaSet().begin()->macAddr(),
-             Wire::EthAddr::parse("00:00:00:00:10:02"));
-
-   // The covering route goes: the next hop no longer resolves.
-   a.ipRoutes->routeDel(Routing::Hardware::IpRouteKey(
-       Fal::VrfId(0), L3::IpPrefix(Wire::IpGenAddr::parse("10.50.0.0"), 16)));
-   settleAndCheck(a);
-   EXPECT_TRUE(!a.configRoute(100));
-   EXPECT_EQ(a.routeReactorConfig->watchedAddrs(), 1u);
-}
-
-TEST(TransitNextHop, ResolutionThroughTheDefaultRouteNeedsPermission) {
-   TransitAgent a;
-   a.ipRoute("0.0.0.0", 0, "10.9.9.1", kVlan20);
-   a.neighbor("10.9.9.1", kVlan20, "00:00:00:00:99:01", 20);
-   a.route(100, a.viaSet(1, {a.mplsVia(1, "172.16.0.1", Wire::IntfId(), 4000)}));
-   settleAndCheck(a);
-   EXPECT_TRUE(!a.configRoute(100));
-   EXPECT_FALSE(a.hwMplsStatus->nexthopResolutionAllowDefaultRoute());
-
-   a.mplsStatus->nexthopResolutionAllowDefaultRouteIs(true);
-   settleAndCheck(a);
-   EXPECT_TRUE(a.hwMplsStatus->nexthopResolutionAllowDefaultRoute());
-   ASSERT_TRUE(a.programmed(100));
-
-   a.mplsStatus->nexthopResolutionAllowDefaultRouteIs(false);
-   settleAndCheck(a);
-   EXPECT_FALSE(a.hwMplsStatus->nexthopResolutionAllowDefaultRoute());
-   EXPECT_TRUE(!a.configRoute(100));
-
-   // A more specific route is fine without the permission.
-   a.ipRoute("172.16.0.0", 24, "10.9.9.1", kVlan20);
-   settleAndCheck(a);
-   EXPECT_TRUE(a.programmed(100));
-}
-
-TEST(TransitNextHop, Ipv6NextHopsAreResolvedInBothModes) {
-   TransitAgent a;
-   a.neighbor("2001:db8::2", kVlan10, "00:00:00:00:06:02");
-   a.ipRoute("2001:db8:1::", 64, "2001:db8::2", kVlan10);
-   a.route(100, a.viaSet(1, {a.mplsVia(1, "2001:db8::2", kVlan10)}));
-   a.route(101, a.viaSet(2, {a.mplsVia(2, "2001:db8:1::9", Wire::IntfId())}));
-   settleAndCheck(a);
-   EXPECT_TRUE(a.programmed(100));
-   EXPECT_TRUE(a.programmed(101));
-   EXPECT_EQ(a.route6ReactorConfig->watchedIp6Addrs(), 1u);
-   EXPECT_EQ(a.monitoredNhSm->entries(), 1u);
 }
 
 TEST(TransitNextHop, AViaSetChangingItsNextHopsStopsWatchingTheOldOnes) {
