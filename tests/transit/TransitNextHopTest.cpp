@@ -140,4 +140,13 @@ TEST(TransitNextHop, ArpVrfOfTheInterfaceIsUsedWhenTheNeighbourNamesNone) {
        a.monitoredNhSm->entryHas(Fal::VrfId(7), Wire::IpGenAddr::parse("10.0.1.2"), kVlan20));
 }
 
+TEST(TransitNextHop, TheDefaultRoutePermissionIsPublished) {
+   TransitAgent a;
+   for (bool allow : {true, false, true}) {
+      a.mplsStatus->nexthopResolutionAllowDefaultRouteIs(allow);
+      settleAndCheck(a);
+      EXPECT_EQ(a.hwMplsStatus->nexthopResolutionAllowDefaultRoute(), allow);
+   }
+}
+
 }  // namespace
