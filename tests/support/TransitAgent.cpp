@@ -22,22 +22,15 @@ sim::AgentOptions agentOptions(const TransitAgent::Options& o) {
 TransitAgent::TransitAgent(Options options)
     : agent(agentOptions(options)),
       chip(agent.chip()),
-      fecService(agent.fecIdService()),
       helper(agent.routeHelper()),
       loop(agent.loop()),
-      mplsStatus(agent.mplsStatus()),
       routingInfo(agent.routingInfo()),
       lfib(agent.lfib()),
-      ipRoutes(agent.ipRoutes()),
       hwMplsStatus(agent.hwMplsStatus()),
       routeReactorConfig(agent.routeReactorConfig()),
-      route6ReactorConfig(agent.route6ReactorConfig()),
-      attrLogSm(agent.attrLogSm()),
-      hwStatus(agent.hwStatus()),
       l3Status(agent.l3Status()),
       monitoredNhSm(agent.monitoredNhSm()),
-      fecRequest(agent.fecRequest()),
-      fecResponse(agent.fecResponse()) {}
+      fecRequest(agent.fecRequest()) {}
 
 void TransitAgent::start() {
    // A new incarnation: the invariant check numbers its adjacency indices afresh.
@@ -45,7 +38,8 @@ void TransitAgent::start() {
 }
 
 void TransitAgent::fecAnswersIs(bool on) {
-   fecService.capacityIs(on ? sim::FecIdService::unlimited() : fecService.inUse());
+   agent.fecIdService().capacityIs(on ? sim::FecIdService::unlimited()
+                                      : agent.fecIdService().inUse());
 }
 
 Mpls::LfibViaKey TransitAgent::mplsVia(std::uint32_t index, const std::string& nextHop,
@@ -116,16 +110,18 @@ void TransitAgent::neighborDel(const std::string& addr, Wire::IntfId intf) {
 
 void TransitAgent::ipRoute(const std::string& prefix, std::uint8_t length,
                            const std::string& gateway, Wire::IntfId intf) {
-   ipRoutes->routeIs(Routing::Hardware::IpRouteKey(
-                         Fal::VrfId(0), L3::IpPrefix(Wire::IpGenAddr::parse(prefix), length)),
-                     Routing::Hardware::IpRoute::gateway(Wire::IpGenAddr::parse(gateway), intf));
+   agent.ipRoutes()->routeIs(
+       Routing::Hardware::IpRouteKey(Fal::VrfId(0),
+                                     L3::IpPrefix(Wire::IpGenAddr::parse(prefix), length)),
+       Routing::Hardware::IpRoute::gateway(Wire::IpGenAddr::parse(gateway), intf));
 }
 
 void TransitAgent::connectedRoute(const std::string& prefix, std::uint8_t length,
                                   Wire::IntfId intf) {
-   ipRoutes->routeIs(Routing::Hardware::IpRouteKey(
-                         Fal::VrfId(0), L3::IpPrefix(Wire::IpGenAddr::parse(prefix), length)),
-                     Routing::Hardware::IpRoute::connected(intf));
+   agent.ipRoutes()->routeIs(
+       Routing::Hardware::IpRouteKey(Fal::VrfId(0),
+                                     L3::IpPrefix(Wire::IpGenAddr::parse(prefix), length)),
+       Routing::Hardware::IpRoute::connected(intf));
 }
 
 Fal::MplsHwRoute TransitAgent::configRoute(std::uint32_t label) const {

@@ -71,7 +71,7 @@ TEST_F(FecTest, AViaSetOfTheFibSourceGetsItsOwnFecAndItsRoutesGoThroughTheHelper
    std::uint64_t reviewed = a.state()->l3AdjReviewed();
    a.fecAnswersIs(true);
    settleAndCheck(a);
-   EXPECT_EQ(info->hwId(), a.fecResponse->hwFecId(fecId).hwFecId());
+   EXPECT_EQ(info->hwId(), a.agent.fecResponse()->hwFecId(fecId).hwFecId());
    EXPECT_NE(info->hwId(), 0u);
    EXPECT_GT(a.state()->l3AdjReviewed(), reviewed);
    EXPECT_FALSE(a.stateRoute(100)->unprogrammed());
@@ -121,7 +121,7 @@ TEST_F(FecTest, TheLastRouteOfAViaSetWithdrawsItsFecWhoseNumberComesBackOnlyAfte
    EXPECT_EQ(a.helper->routes(), 0u);
    EXPECT_FALSE(a.fecRequest->fecPtr(first));
    EXPECT_EQ(a.fecRequest->hwFecIdRequest(first), Fal::HwFecIdRequest());
-   EXPECT_EQ(a.fecResponse->hwFecId(first), Fal::FecToHwFecId());
+   EXPECT_EQ(a.agent.fecResponse()->hwFecId(first), Fal::FecToHwFecId());
    EXPECT_FALSE(a.sm()->numAllocator()->isAllocated(first.index()));
 
    // Within the quarantine a new via set gets another number...

@@ -143,7 +143,7 @@ TEST(TransitNextHop, ArpVrfOfTheInterfaceIsUsedWhenTheNeighbourNamesNone) {
 TEST(TransitNextHop, TheDefaultRoutePermissionIsPublished) {
    TransitAgent a;
    for (bool allow : {true, false, true}) {
-      a.mplsStatus->nexthopResolutionAllowDefaultRouteIs(allow);
+      a.agent.mplsStatus()->nexthopResolutionAllowDefaultRouteIs(allow);
       settleAndCheck(a);
       EXPECT_EQ(a.hwMplsStatus->nexthopResolutionAllowDefaultRoute(), allow);
    }

@@ -191,11 +191,11 @@ TEST_F(ReviewTest, APassThatRunsOutOfTimeYieldsAndContinuesAtTheNextWakeUp) {
 
 TEST_F(ReviewTest, ACloggedAttributeLogHoldsTheReviewBack) {
    settleAndCheck(a);
-   a.attrLogSm->cloggedIs(true);
+   a.agent.attrLogSm()->cloggedIs(true);
    routes(100, 5);
    a.settle(1.0);
    EXPECT_EQ(programmedCount(100, 5), 0u);
-   a.attrLogSm->cloggedDel();
+   a.agent.attrLogSm()->cloggedDel();
    settleAndCheck(a);
    EXPECT_EQ(programmedCount(100, 5), 5u);
 }

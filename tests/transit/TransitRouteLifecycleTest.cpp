@@ -91,7 +91,7 @@ TEST(TransitRoute, NothingIsProgrammedWhileAGateIsClosed) {
       SCOPED_TRACE(c.name);
       TransitAgent a({.mplsRouting = c.mplsRouting, .vrfNameKnown = c.vrfNameKnown});
       a.chip.confirmRoutingIs(c.platformConfirms);
-      a.hwStatus->vrfStatusIs(Fal::VrfId(0));
+      a.agent.hwStatus()->vrfStatusIs(Fal::VrfId(0));
       a.neighbor("10.0.0.2", kVlan10, "00:00:00:00:00:02");
       a.route(100, a.viaSet(1, {a.mplsVia(1, "10.0.0.2", kVlan10)}));
       settleAndCheck(a, 5.0);
