@@ -211,15 +211,4 @@ TEST_F(ValidationTest, AnExternalFecViaSetDeletedUnderItsAdjacencyIsReported) {
    EXPECT_TRUE(a.helper->routeHas(TransitAgent::key(100)));
 }
 
-TEST_F(ValidationTest, ViaSetsOfOtherTypesOnTheBacklogAreLeftAlone) {
-   routeOver({a.mplsVia(1, "10.0.0.2", kVlan10)});
-   Mpls::LfibViaSetKey vlanSet(Mpls::viaTypeVlan_, 9, Mpls::lfibSourceEvpn_);
-   a.lfib->viaSetIs(Mpls::LfibViaSet(vlanSet, {Mpls::LfibViaKey(Mpls::viaTypeVlan_, 1)}));
-   a.route(300, vlanSet);
-   settleAndCheck(a);
-   EXPECT_TRUE(a.programmed(100));
-   EXPECT_FALSE(a.stateRoute(300));
-   EXPECT_FALSE(a.l3Adj(vlanSet));
-}
-
 }  // namespace
