@@ -1,6 +1,6 @@
-// Next-hop resolution: shared L2 adjacencies, neighbour changes with and without in-place
-// adjacency updates, unresolved next hops. Resolution through the IP routes is the example
-// next-hops-through-ip-routes.json.
+// Next-hop resolution: shared L2 adjacencies, neighbour changes, unresolved next hops. Resolution
+// through the IP routes and an in-place update under a shared adjacency are the examples
+// next-hops-through-ip-routes.json and shared-adjacency-mac-change.json.
 #include <gtest/gtest.h>
 
 #include "support/TransitTestCommon.h"
@@ -62,39 +62,6 @@ TEST(TransitNextHop, AViaSetIsProgrammedOnlyWhileAllItsNextHopsResolve) {
    a.neighbor("10.0.0.2", kVlan10, "00:00:00:00:00:02");
    settleAndCheck(a);
    EXPECT_TRUE(a.programmed(100));
-}
-
-TEST(TransitNextHop, InPlaceUpdateIsNotUsedForAnAdjacencySharedByTwoViaSets) {
-   ToggleScope toggle(true);
-   TransitAgent a;
-   a.neighbor("10.0.0.2", kVlan10, "00:00:00:00:00:02");
-   a.neighbor("10.0.1.2", kVlan20, "00:00:00:00:01:02");
-   a.route(100, a.viaSet(1, {a.mplsVia(1, "10.0.0.2", kVlan10)}));
-   a.route(101, a.viaSet(2, {a.mplsVia(2, "10.0.0.2", kVlan10)}));
-   a.route(102, a.viaSet(3, {a.mplsVia(3, "10.0.1.2", kVlan20)}));
-   settleAndCheck(a);
-   auto shared = a.configRoute(100).l2Adjacency();
-   ASSERT_EQ(a.configRoute(101).l2Adjacency(), shared);
-   auto other = a.configRoute(102).l2Adjacency();
-
-   a.neighbor("10.0.0.2", kVlan10, "00:00:00:00:00:99");
-   settleAndCheck(a);
-   EXPECT_TRUE(a.programmed(100));
-   EXPECT_TRUE(a.programmed(101));
-   // Both users follow the neighbour to one adjacency again; the third is untouched.
-   EXPECT_EQ(a.configRoute(100).l2Adjacency(), a.configRoute(101).l2Adjacency());
-   EXPECT_EQ(a.configRoute(100).l2Adjacency()->l2ViaSet().begin()->macAddr(),
-             Wire::EthAddr::parse("00:00:00:00:00:99"));
-   EXPECT_EQ(a.configRoute(102).l2Adjacency(), other);
-   EXPECT_EQ(a.vrfConfig()->l2Adjacencies(), 2u);
-
-   // One user's label changes: it leaves the shared adjacency, which keeps the other's label.
-   a.mplsVia(2, "10.0.0.2", kVlan10, 600);
-   settleAndCheck(a);
-   EXPECT_TRUE(a.programmed(101));
-   EXPECT_NE(a.configRoute(101).l2Adjacency(), a.configRoute(100).l2Adjacency());
-   EXPECT_EQ(a.configRoute(100).l2Adjacency()->l2ViaSet().begin()->labelStack(),
-             Wire::MplsLabelOperation{Wire::MplsLabel(1000)});
 }
 
 TEST(TransitNextHop, ANeighbourMovingOntoAnExistingL2ViaSetJoinsItsAdjacency) {
