@@ -1,6 +1,6 @@
 // The road of a transit route through the state machine: arrival, via set, resolution, hardware
-// configuration, platform answer, publication; moves, deletions, the routing switches, VRF names
-// and restarts.
+// configuration, platform answer, publication; deletions, the routing switches, VRF names and
+// restarts. Moves between via sets are the example route-moves-between-via-sets.json.
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -114,42 +114,6 @@ TEST(TransitRoute, OtherVrfNamesAreSkipped) {
    EXPECT_FALSE(a.state());
 }
 
-TEST(TransitRoute, RouteMovesBetweenViaSetsAndLetsTheOldOnesGo) {
-   TransitAgent a;
-   a.neighbor("10.0.0.2", kVlan10, "00:00:00:00:00:02");
-   a.neighbor("10.0.1.2", kVlan20, "00:00:00:00:01:02");
-   auto set1 = a.viaSet(1, {a.mplsVia(1, "10.0.0.2", kVlan10, 2000)});
-   auto set2 = a.viaSet(2, {a.mplsVia(2, "10.0.1.2", kVlan20, 3000)});
-   a.route(100, set1);
-   settleAndCheck(a);
-   ASSERT_TRUE(a.programmed(100));
-   auto oldL3 = a.l3Adj(set1);
-   auto oldL2 = a.configRoute(100).l2Adjacency();
-   ASSERT_TRUE(oldL3);
-   ASSERT_TRUE(oldL2);
-
-   a.route(100, set2);
-   settleAndCheck(a);
-   ASSERT_TRUE(a.programmed(100));
-   EXPECT_FALSE(a.l3Adj(set1));
-   ASSERT_TRUE(a.l3Adj(set2));
-   EXPECT_EQ(a.stateRoute(100)->l3Adj(), a.l3Adj(set2));
-   auto newL2 = a.configRoute(100).l2Adjacency();
-   ASSERT_TRUE(newL2);
-   EXPECT_NE(newL2, oldL2);
-   EXPECT_GT(newL2->index(), oldL2->index());
-   EXPECT_FALSE(a.vrfConfig()->l2AdjacencyHas(oldL2));
-   EXPECT_FALSE(a.hwMplsStatus->adjacency(oldL3->index()));
-
-   // Back to a via set whose next hop resolves as before: same L2 via set, new L3 adjacency.
-   auto set3 = a.viaSet(3, {a.mplsVia(3, "10.0.0.2", kVlan10, 2000)});
-   a.route(100, set3);
-   settleAndCheck(a);
-   ASSERT_TRUE(a.programmed(100));
-   EXPECT_EQ(a.configRoute(100).l2Adjacency()->l2ViaSet(), oldL2->l2ViaSet());
-   EXPECT_EQ(a.vrfConfig()->l2Adjacencies(), 1u);
-}
-
 TEST(TransitRoute, DeletionReleasesAdjacenciesWatchesAndPublications) {
    TransitAgent a;
    a.connectedRoute("10.1.0.0", 24, kVlan20);
@@ -207,32 +171,6 @@ TEST(TransitRoute, RoutesDroppedForABadViaSetComeBackWithItWhileItsAdjacencyLive
    a.mplsVia(1, "10.0.0.2", kVlan10);
    settleAndCheck(a);
    EXPECT_TRUE(a.programmed(100));
-}
-
-TEST(TransitRoute, ARouteMovedToAMissingViaSetFollowsItWhenItReturns) {
-   TransitAgent a;
-   a.neighbor("10.0.0.2", kVlan10, "00:00:00:00:00:02");
-   a.neighbor("10.0.1.2", kVlan20, "00:00:00:00:01:02");
-   auto setS = a.viaSet(1, {a.mplsVia(1, "10.0.0.2", kVlan10)});
-   auto setT = a.viaSet(2, {a.mplsVia(2, "10.0.1.2", kVlan20)});
-   a.route(100, setS);
-   a.route(200, setT);
-   settleAndCheck(a);
-   ASSERT_TRUE(a.programmed(100));
-   ASSERT_TRUE(a.programmed(200));
-   // Set S goes; route 100 waits for it, holding S's adjacency. Route 200 moves to S meanwhile
-   // and waits too, on its old adjacency.
-   a.viaSetDel(setS);
-   a.route(200, setS);
-   settleAndCheck(a);
-   ASSERT_TRUE(a.l3Adj(setS));
-   // S returns: both routes are programmed through it.
-   a.viaSet(1, {a.mplsVia(1, "10.0.0.2", kVlan10)});
-   settleAndCheck(a);
-   EXPECT_TRUE(a.programmed(200));
-   EXPECT_EQ(a.stateRoute(200)->l3Adj(), a.l3Adj(setS));
-   EXPECT_EQ(a.configRoute(200).l2Adjacency(), a.configRoute(100).l2Adjacency());
-   EXPECT_FALSE(a.l3Adj(setT));
 }
 
 TEST(TransitRoute, AnAdjacencyPendingDeletionCanAlsoBeDeletedFromItsOwnReview) {
