@@ -54,11 +54,8 @@ TEST_F(FecTest, AViaSetOfTheFibSourceGetsItsOwnFecAndItsRoutesGoThroughTheHelper
    EXPECT_EQ(fec.via(Memtab::Fib::ViaIndex(0)).nextHop(), Wire::IpGenAddr::parse("10.0.0.2"));
    EXPECT_EQ(fec.via(Memtab::Fib::ViaIndex(1)).intf(), kVlan20);
    EXPECT_FALSE(fec.backupFecId().isValid());
-   EXPECT_EQ(a.fecRequest->hwFecIdRequest(fecId), Fal::HwFecIdRequest(fecId));
-   // Nothing goes through the hardware configuration; the helper has the route.
-   EXPECT_EQ(a.vrfConfig()->routes(), 0u);
-   EXPECT_EQ(a.vrfConfig()->l2Adjacencies(), 0u);
-   EXPECT_EQ(a.monitoredNhSm->entries(), 0u);
+   // Nothing goes through the hardware configuration (the FEC example's); the helper has the
+   // route before the answer.
    ASSERT_TRUE(a.helper->routeHas(TransitAgent::key(100)));
    EXPECT_EQ(a.helper->routeMap().at(TransitAgent::key(100)).fecId, fecId.value());
    EXPECT_EQ(a.helper->routeMap().at(TransitAgent::key(100)).labelAction,
@@ -75,8 +72,6 @@ TEST_F(FecTest, AViaSetOfTheFibSourceGetsItsOwnFecAndItsRoutesGoThroughTheHelper
    EXPECT_NE(info->hwId(), 0u);
    EXPECT_GT(a.state()->l3AdjReviewed(), reviewed);
    EXPECT_FALSE(a.stateRoute(100)->unprogrammed());
-   std::uint64_t requests = a.fecRequest->hwFecIdRequestMap().size();
-   EXPECT_EQ(requests, 1u);
 }
 
 TEST_F(FecTest, RepublishingAnUnchangedFecWritesNothing) {
@@ -309,27 +304,6 @@ TEST_F(FecTest, AViaSetMovingBetweenTheTwoWaysLeavesNothingBehind) {
    EXPECT_TRUE(a.programmed(100));
    EXPECT_FALSE(a.helper->routeHas(TransitAgent::key(100)));
    EXPECT_TRUE(a.fecRequest->fecMap().empty());
-}
-
-TEST_F(FecTest, RestartWithdrawsWhatTheEarlierIncarnationRequestedAndNoLongerUses) {
-   auto set1 = fibSet(1, {a.mplsVia(1, "10.0.0.2", kVlan10)});
-   auto set2 = fibSet(2, {a.mplsVia(2, "10.0.1.2", kVlan20)});
-   a.route(100, set1);
-   a.route(101, set2);
-   a.route(102, a.extFecViaSet(3, externalFec(7)));
-   settleAndCheck(a);
-   ASSERT_EQ(a.fecRequest->fecMap().size(), 2u);
-   ASSERT_EQ(a.fecRequest->hwFecIdRequestMap().size(), 3u);
-
-   a.stop();
-   a.routeDel(100);
-   a.routeDel(102);
-   a.start();
-   settleAndCheck(a);
-   EXPECT_TRUE(a.helper->routeHas(TransitAgent::key(101)));
-   EXPECT_EQ(a.fecRequest->fecMap().size(), 1u);
-   EXPECT_EQ(a.fecRequest->hwFecIdRequestMap().size(), 1u);
-   EXPECT_EQ(a.fecRequest->hwFecIdRequest(externalFec(7)), Fal::HwFecIdRequest());
 }
 
 TEST(TransitFecAbsent, BackupAndTunnelViaSetsAreSkippedWithoutFecForwarding) {
