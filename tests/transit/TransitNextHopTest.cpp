@@ -1,6 +1,6 @@
-// Next-hop resolution: shared L2 adjacencies, neighbour changes, unresolved next hops. Resolution
-// through the IP routes and an in-place update under a shared adjacency are the examples
-// next-hops-through-ip-routes.json and shared-adjacency-mac-change.json.
+// Next-hop resolution: shared L2 adjacencies, unresolved next hops, the ARP VRF. Resolution through
+// the IP routes, neighbour and via moves and in-place updates are the examples
+// next-hops-through-ip-routes.json, next-hop-moves.json and shared-adjacency-mac-change.json.
 #include <gtest/gtest.h>
 
 #include "support/TransitTestCommon.h"
@@ -62,36 +62,6 @@ TEST(TransitNextHop, AViaSetIsProgrammedOnlyWhileAllItsNextHopsResolve) {
    a.neighbor("10.0.0.2", kVlan10, "00:00:00:00:00:02");
    settleAndCheck(a);
    EXPECT_TRUE(a.programmed(100));
-}
-
-TEST(TransitNextHop, ANeighbourMovingOntoAnExistingL2ViaSetJoinsItsAdjacency) {
-   ToggleScope toggle(true);
-   TransitAgent a;
-   a.neighbor("10.0.0.2", kVlan10, "00:00:00:00:00:02");
-   a.neighbor("10.0.0.3", kVlan10, "00:00:00:00:00:03");
-   // Two next hops with the same label: once they have the same neighbour they are one L2 via.
-   a.route(100, a.viaSet(1, {a.mplsVia(1, "10.0.0.2", kVlan10, 700)}));
-   a.route(101, a.viaSet(2, {a.mplsVia(2, "10.0.0.3", kVlan10, 700)}));
-   settleAndCheck(a);
-   ASSERT_NE(a.configRoute(100).l2Adjacency(), a.configRoute(101).l2Adjacency());
-   a.neighbor("10.0.0.3", kVlan10, "00:00:00:00:00:02");
-   settleAndCheck(a);
-   EXPECT_TRUE(a.programmed(101));
-   EXPECT_EQ(a.vrfConfig()->l2Adjacencies(), 2u);  // the next hop address differs
-}
-
-TEST(TransitNextHop, AViaSetChangingItsNextHopsStopsWatchingTheOldOnes) {
-   TransitAgent a;
-   twoRoutes(a);
-   ASSERT_TRUE(a.programmed(100));
-   // The same via key now names another next hop.
-   a.mplsVia(1, "10.0.1.2", kVlan20);
-   settleAndCheck(a);
-   ASSERT_TRUE(a.programmed(100));
-   EXPECT_TRUE(
-       a.monitoredNhSm->entryHas(Fal::VrfId(0), Wire::IpGenAddr::parse("10.0.1.2"), kVlan20));
-   EXPECT_EQ(a.configRoute(100).l2Adjacency()->l2ViaSet().begin()->macAddr(),
-             Wire::EthAddr::parse("00:00:00:00:01:02"));
 }
 
 TEST(TransitNextHop, ArpVrfOfTheInterfaceIsUsedWhenTheNeighbourNamesNone) {
