@@ -406,11 +406,8 @@ class Checker {
       decap();
       pseudowire();
       logs();
-      auto parts = transitParts();
-      if (parts.sm) {
-         for (const auto& line : TestSupport::transitInvariantViolations(parts)) {
-            fail("transit invariant: " + line);
-         }
+      for (const auto& line : sim::transitInvariantViolations(sim::transitParts(a_, history_))) {
+         fail("transit invariant: " + line);
       }
       return problems_;
    }
@@ -421,25 +418,6 @@ class Checker {
       std::ostringstream os;
       (os << ... << parts);
       problems_.push_back(os.str());
-   }
-
-   TestSupport::TransitParts transitParts() {
-      TestSupport::TransitParts p;
-      p.sm = a_.mplsSm();
-      p.generation = a_.restarts();
-      p.indexHistory = &history_;
-      p.hwMplsStatus = a_.hwMplsStatus();
-      p.vrfConfig = a_.defaultVrfConfig();
-      p.vrfStatus = a_.defaultVrfStatus();
-      p.fecRequest = a_.fecRequest();
-      p.helper = a_.options().fecForwarding;
-      for (const auto& [k, r] : a_.routeHelper()->routeMap()) {
-         p.helperRoutes.emplace(k, r.fecId);
-      }
-      p.monitoredNhSm = a_.monitoredNhSm();
-      p.routeReactorConfig = a_.routeReactorConfig();
-      p.route6ReactorConfig = a_.route6ReactorConfig();
-      return p;
    }
 
    // The neighbour a next hop resolves to: itself on its interface, or through the IP routes.
