@@ -12,7 +12,8 @@
 // - the resource logs alternate FULL and NORMAL and end on NORMAL;
 // - the transit machine's whole-state invariants hold.
 // A failing sequence is written out as a scenario file; MPLSFWD_REPLAY=<file> runs it again with
-// the same checks (AgentRandomReplay.Replay), and `mplsfwd-sim run <file>` shows what it does.
+// the same checks (AgentRandomReplay.Replay), and `mplsfwd-sim run <file>` shows what it does
+// (all but the platform withdrawing routing on its own, which only the test acts on).
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -55,6 +56,8 @@ const char* const kDecapVias[] = {"ipLookupVia", "vlanVia", "evpnVlanFloodVia", 
                                   "evpnVlanAwareFloodVia"};
 const char* const kDecapTypes[] = {"ipLookup", "vlan", "evpnVlanFlood", "evpnVlanAware",
                                    "evpnVlanAwareFlood"};
+const char* const kPlatformOff = "platform routing off";
+const char* const kPlatformOn = "platform routing on";
 constexpr unsigned kLabels = 40, kFirstLabel = 1000, kVias = 16, kSets = 8, kFirstBackup = 9,
                    kBackups = 3, kFirstExt = 20, kDecapIndices = 2, kColls = 2, kPwAdjs = 3;
 
@@ -92,6 +95,11 @@ class Generator {
    bool chance(unsigned percent) { return pick(100) < percent; }
 
    void emit(Json step) { out_->push_back(std::move(step)); }
+   // The platform withdrawing MPLS routing on its own, and answering the configuration again, have
+   // no scenario operation: a step that does nothing carries them and runChecked acts on it.
+   static Json platformRouting(bool on) {
+      return {{"op", "advance"}, {"seconds", 0}, {"comment", on ? kPlatformOn : kPlatformOff}};
+   }
    // A record of the world: remembered so that a checkpoint can bring it back once deleted.
    void write(const std::string& id, Json step) {
       last_[id] = step;
@@ -330,10 +338,13 @@ class Generator {
       } else if (kind < 81) {
          emit({{"op", "mplsRouting"}, {"enabled", chance(50)}});
       } else if (kind < 82) {
+         platformOff_ = !platformOff_;
+         emit(platformRouting(!platformOff_));
+      } else if (kind < 83) {
          emit({{"op", "answerDelay"},
                {"target", pick(2) ? "chip" : "fec"},
                {"seconds", pick(3) == 0 ? 0.0 : 0.001 * (1 + pick(20))}});
-      } else if (kind < 83) {
+      } else if (kind < 84) {
          if (features_.restarts) {
             emit({{"op", "restart"}});
          }
@@ -362,6 +373,10 @@ class Generator {
          emit({{"op", "refuse"}, {"target", target}, {"count", 0}});
       }
       emit({{"op", "mplsRouting"}, {"enabled", true}});
+      if (platformOff_) {
+         emit(platformRouting(true));
+         platformOff_ = false;
+      }
       for (const auto& id : std::set<std::string>(deleted_)) {
          write(id, last_[id]);
       }
@@ -372,6 +387,7 @@ class Generator {
    bool fec_;
    Features features_;
    bool roomChanged_ = false;
+   bool platformOff_ = false;
    Json* out_ = nullptr;
    std::map<std::string, Json> last_;
    std::set<std::string> deleted_;
@@ -390,11 +406,8 @@ class Checker {
       decap();
       pseudowire();
       logs();
-      auto parts = transitParts();
-      if (parts.sm) {
-         for (const auto& line : TestSupport::transitInvariantViolations(parts)) {
-            fail("transit invariant: " + line);
-         }
+      for (const auto& line : sim::transitInvariantViolations(sim::transitParts(a_, history_))) {
+         fail("transit invariant: " + line);
       }
       return problems_;
    }
@@ -405,25 +418,6 @@ class Checker {
       std::ostringstream os;
       (os << ... << parts);
       problems_.push_back(os.str());
-   }
-
-   TestSupport::TransitParts transitParts() {
-      TestSupport::TransitParts p;
-      p.sm = a_.mplsSm();
-      p.generation = a_.restarts();
-      p.indexHistory = &history_;
-      p.hwMplsStatus = a_.hwMplsStatus();
-      p.vrfConfig = a_.defaultVrfConfig();
-      p.vrfStatus = a_.defaultVrfStatus();
-      p.fecRequest = a_.fecRequest();
-      p.helper = a_.options().fecForwarding;
-      for (const auto& [k, r] : a_.routeHelper()->routeMap()) {
-         p.helperRoutes.emplace(k, r.fecId);
-      }
-      p.monitoredNhSm = a_.monitoredNhSm();
-      p.routeReactorConfig = a_.routeReactorConfig();
-      p.route6ReactorConfig = a_.route6ReactorConfig();
-      return p;
    }
 
    // The neighbour a next hop resolves to: itself on its interface, or through the IP routes.
@@ -728,36 +722,40 @@ class Checker {
    std::vector<std::string> problems_;
 };
 
-// Runs a scenario with the checks after each step marked "check"; answers the problems found,
-// each with its step.
+// Runs a scenario with the checks after each step marked "check" and the platform's own routing
+// switch after the steps marked so; answers the problems found, each with its step.
 std::vector<std::string> runChecked(const Json& doc, const std::string& name) {
-   std::set<std::size_t> checkpoints;
-   for (std::size_t i = 0; i < doc["steps"].size(); ++i) {
-      if (doc["steps"][i].value("comment", "") == "check") {
-         checkpoints.insert(i);
-      }
-   }
    sim::Scenario scenario = sim::Scenario::parse(doc.dump(), name);
    std::vector<std::string> problems;
    TestSupport::AdjacencyIndexHistory history;
    std::vector<sim::Step> steps;
    for (std::size_t i = 0; i < scenario.steps.size(); ++i) {
       steps.push_back(std::move(scenario.steps[i]));
-      if (!checkpoints.contains(i)) {
+      std::string comment = doc["steps"][i].value("comment", "");
+      sim::Step extra;
+      extra.number = i + 1;
+      extra.op = comment;
+      if (comment == "check") {
+         extra.run = [&problems, &history, number = i + 1](sim::Runner& r) {
+            if (!problems.empty()) {
+               return;  // the first failing checkpoint says it all
+            }
+            for (const auto& p : Checker(r.agent(), history).check()) {
+               problems.push_back("after step " + std::to_string(number) + ": " + p);
+            }
+         };
+      } else if (comment == kPlatformOff) {
+         extra.run = [](sim::Runner& r) {
+            if (auto status = r.agent().defaultVrfStatus()) {
+               status->mplsRoutingIs(false);
+            }
+         };
+      } else if (comment == kPlatformOn) {
+         extra.run = [](sim::Runner& r) { r.agent().chip().confirmRoutingIs(true); };
+      } else {
          continue;
       }
-      sim::Step check;
-      check.number = i + 1;
-      check.op = "check";
-      check.run = [&problems, &history, number = i + 1](sim::Runner& r) {
-         if (!problems.empty()) {
-            return;  // the first failing checkpoint says it all
-         }
-         for (const auto& p : Checker(r.agent(), history).check()) {
-            problems.push_back("after step " + std::to_string(number) + ": " + p);
-         }
-      };
-      steps.push_back(std::move(check));
+      steps.push_back(std::move(extra));
    }
    scenario.steps = std::move(steps);
    sim::Runner runner(scenario);

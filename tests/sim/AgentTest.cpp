@@ -5,65 +5,6 @@
 
 using namespace SimTest;
 
-TEST(SimAgent, RouteTableFullThenRecoveredLogsFullOnceAndNormalOnce) {
-   sim::AgentOptions options;
-   options.transitRetryInterval = 10.0;
-   Bed bed(options);
-   bed.agent.chip().routeCapacityIs(1);
-   bed.neighbor(1);
-   bed.transitRoute(100, 1, {1});
-   bed.transitRoute(200, 1, {1});
-   bed.settle();
-   auto first = bed.route(100);
-   auto second = bed.route(200);
-   EXPECT_EQ(first.state, sim::RouteState::programmed);
-   ASSERT_EQ(second.state, sim::RouteState::unprogrammed);
-   EXPECT_EQ(second.reason, "RouteFull");
-   EXPECT_EQ(bed.agent.logSink().count("ROUTING_MPLS_RESOURCE_FULL"), 1u);
-   EXPECT_EQ(bed.agent.logSink().count("ROUTING_MPLS_RESOURCE_NORMAL"), 0u);
-
-   bed.agent.chip().routeCapacityIs(10);
-   bed.settle(11.0);
-   EXPECT_EQ(bed.route(200).state, sim::RouteState::programmed);
-   EXPECT_EQ(bed.agent.logSink().count("ROUTING_MPLS_RESOURCE_FULL"), 1u);
-   EXPECT_EQ(bed.agent.logSink().count("ROUTING_MPLS_RESOURCE_NORMAL"), 1u);
-}
-
-TEST(SimAgent, RestartBuildsNewMachinesOverTheSurvivingPlatformTables) {
-   Bed bed;
-   bed.neighbor(1);
-   bed.transitRoute(100, 1, {1});
-   bed.transitRoute(200, 2, {1}, 2000);
-   bed.cp.pwAdjacency(1, Wire::PseudowireIntfId::portPseudowireIntfId(1));
-   bed.cp.route(label(800), Mpls::LfibViaSetKey(), 0, 1);
-   bed.cp.route(label(801), Mpls::LfibViaSetKey(), 0, 1);
-   auto red = bed.cp.ipLookupVia(1, "red");
-   Mpls::LfibViaSetKey redSet(Mpls::viaTypeIpLookup_, 1, Mpls::lfibSourceStatic_);
-   bed.cp.viaSet(redSet, {red});
-   bed.cp.route(label(500), redSet);
-   bed.settle();
-   ASSERT_EQ(bed.route(200).state, sim::RouteState::programmed);
-   ASSERT_EQ(bed.agent.pwDecapTable().entryMap().size(), 2u);
-   ASSERT_EQ(bed.agent.decapHelper()->vrfMappingMap().size(), 1u);
-
-   const sim::Chip* chip = &bed.agent.chip();
-   Kor::Ptr<Fal::MplsSm> old = bed.agent.mplsSm();
-   // Withdrawn, and the agent restarts before its machines see it.
-   bed.cp.routeDel(label(200));
-   bed.cp.routeDel(label(801));
-   bed.agent.restart();
-   EXPECT_NE(bed.agent.mplsSm(), old);
-   EXPECT_EQ(&bed.agent.chip(), chip);
-   EXPECT_EQ(bed.agent.restarts(), 1u);
-   bed.settle();
-   EXPECT_EQ(bed.route(100).state, sim::RouteState::programmed);
-   EXPECT_EQ(bed.route(200).state, sim::RouteState::absent) << "stale hardware route";
-   EXPECT_EQ(bed.agent.pwDecapTable().entryMap().size(), 1u) << "stale pseudowire decap record";
-   EXPECT_TRUE(bed.agent.pwDecapTable().entryMap().contains(label(800)));
-   EXPECT_EQ(bed.agent.decapHelper()->vrfMappingMap().size(), 1u);
-   EXPECT_EQ(bed.agent.defaultVrfConfig()->l2Adjacencies(), 1u);
-}
-
 // Through a restart the chip keeps its entries: what the new incarnation writes again the same way
 // costs no hardware operation, what changed is written, and what it dropped goes only when the
 // restart is reconciled.

@@ -167,32 +167,6 @@ TEST_F(ChipBed, InterfaceNotReadyRefusesItsRoutesAndReadinessBringsThemBack) {
    checkInvariants();
 }
 
-TEST_F(ChipBed, AnswerDelayHoldsTheAnswerForThatLong) {
-   settle();
-   chip.answerDelayIs(2.0);
-   auto a = adj(1);
-   vrf->l2AdjacencyIs(a, 1);
-   route(100, a);
-   loop->advance(1.9);
-   EXPECT_FALSE(programmed(100));
-   EXPECT_TRUE(chip.busy());
-   loop->advance(0.2);
-   EXPECT_TRUE(programmed(100));
-   EXPECT_FALSE(chip.busy());
-}
-
-TEST_F(ChipBed, RoutingIsConfirmedOnlyWhenAskedTo) {
-   chip.confirmRoutingIs(false);
-   settle();
-   EXPECT_FALSE(status() && status()->mplsRouting());
-   chip.confirmRoutingIs(true);
-   settle();
-   EXPECT_TRUE(status()->mplsRouting());
-   vrf->mplsRoutingIs(false);
-   settle();
-   EXPECT_FALSE(status()->mplsRouting());
-}
-
 TEST(SimChip, StatusLeftWithoutConfigurationIsCleanedWhenTheChipStarts) {
    auto loop = Kor::make<Loom::EventLoop>();
    auto config = Fal::mplsHwConfigFactory("config");

@@ -1,9 +1,8 @@
-// The FEC id service, the route helper, the decap helper and the pseudowire decap table.
+// The FEC id service, the route helper and the decap helper.
 #include <gtest/gtest.h>
 
 #include <mplsfwd/sim/DecapHelper.h>
 #include <mplsfwd/sim/FecIdService.h>
-#include <mplsfwd/sim/PwDecapTable.h>
 #include <mplsfwd/sim/RouteHelper.h>
 
 namespace {
@@ -147,23 +146,6 @@ TEST(SimRouteHelper, SharesTheChipsRouteCapacity) {
                                  Wire::AddressingMethod::indirect),
              Mpls::lfibHwProgrammingSuccess_);
    EXPECT_FALSE(helper->refusedMap().contains(k2));
-}
-
-TEST(SimPwDecapTable, FollowsTheDecapInfoTable) {
-   auto table = Kor::make<FalPw::DecapInfoTable>();
-   Wire::MplsLabel label(800);
-   table->labelToPwDecapInfoIs(
-       label, FalPw::PwDecapInfo(label, Wire::PseudowireIntfId::portPseudowireIntfId(1)));
-   sim::PwDecapTable pw(table);
-   EXPECT_EQ(pw.entry(label).pwIntfId(), Wire::PseudowireIntfId::portPseudowireIntfId(1))
-       << "records present before the consumer are taken up";
-   table->labelToPwDecapInfoIs(
-       label, FalPw::PwDecapInfo(label, Wire::PseudowireIntfId::vlanPseudowireIntfId(2)));
-   EXPECT_EQ(pw.entry(label).pwIntfId(), Wire::PseudowireIntfId::vlanPseudowireIntfId(2));
-   table->labelToPwDecapInfoDel(label);
-   EXPECT_TRUE(pw.entryMap().empty());
-   EXPECT_EQ(pw.writes(), 2u);
-   EXPECT_EQ(pw.deletes(), 1u);
 }
 
 }  // namespace

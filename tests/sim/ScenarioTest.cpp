@@ -29,26 +29,19 @@ std::string parseError(const std::string& text) {
    return "";
 }
 
+// Bad JSON, unknown operations and fields, wrong types and the label and VLAN ranges are the
+// command line's cases (tests/tools).
 TEST(SimScenario, BadInputNamesTheStepTheFieldAndWhatWasExpected) {
    struct Case {
       std::string text;
       std::string message;
    };
    const std::vector<Case> cases = {
-       {"{\"steps\": [", "t.json: not valid JSON"},
-       {steps(R"({"op": "advance", "seconds": 1}, {"op": "teleport"})"),
-        "t.json: step 2: field 'op': expected one of"},
        {steps(R"({"seconds": 1})"), "t.json: step 1: field 'op': expected one of"},
-       {steps(R"({"op": "route", "label": 100, "viaSet": 1, "colour": "red"})"),
-        "t.json: step 1 (route): field 'colour': unknown field"},
        {steps(R"({"op": "route", "label": "100", "viaSet": 1})"),
         "t.json: step 1 (route): field 'label': expected a label 0..1048575, found \"100\""},
-       {steps(R"({"op": "route", "label": 1048576, "viaSet": 1})"),
-        "field 'label': expected a label 0..1048575, found 1048576"},
        {steps(R"({"op": "route", "label": -1, "viaSet": 1})"),
         "field 'label': expected a label 0..1048575, found -1"},
-       {steps(R"({"op": "vlanVia", "index": 1, "vlan": 4095})"),
-        "t.json: step 1 (vlanVia): field 'vlan': expected an integer 1..4094, found 4095"},
        {steps(R"({"op": "mplsVia", "index": 1, "nextHop": "10.0.0"})"),
         "field 'nextHop': expected an IPv4 or IPv6 address, found \"10.0.0\""},
        {steps(
@@ -59,8 +52,6 @@ TEST(SimScenario, BadInputNamesTheStepTheFieldAndWhatWasExpected) {
         "field 'mac': expected a MAC address"},
        {steps(R"({"op": "ipRoute", "prefix": "10.0.0.0/33", "interface": "Ethernet1"})"),
         "field 'prefix': expected an IP prefix"},
-       {steps(R"({"op": "advance", "seconds": "ten"})"),
-        "t.json: step 1 (advance): field 'seconds': expected a number"},
        {steps(R"({"op": "route", "label": 100, "delete": true, "viaSet": 1})"),
         "t.json: step 1 (route): field 'viaSet': not used when deleting"},
        {steps(R"({"op": "route", "label": 100})"), "field 'viaSet' or 'pwAdjacency'"},

@@ -1,6 +1,7 @@
 #include "TransitAgent.h"
 
 #include <mplsfwd/log/LogFacility.h>
+#include <mplsfwd/sim/ControlPlane.h>
 
 namespace TestSupport {
 
@@ -22,22 +23,15 @@ sim::AgentOptions agentOptions(const TransitAgent::Options& o) {
 TransitAgent::TransitAgent(Options options)
     : agent(agentOptions(options)),
       chip(agent.chip()),
-      fecService(agent.fecIdService()),
       helper(agent.routeHelper()),
       loop(agent.loop()),
-      mplsStatus(agent.mplsStatus()),
       routingInfo(agent.routingInfo()),
       lfib(agent.lfib()),
-      ipRoutes(agent.ipRoutes()),
       hwMplsStatus(agent.hwMplsStatus()),
       routeReactorConfig(agent.routeReactorConfig()),
-      route6ReactorConfig(agent.route6ReactorConfig()),
-      attrLogSm(agent.attrLogSm()),
-      hwStatus(agent.hwStatus()),
       l3Status(agent.l3Status()),
       monitoredNhSm(agent.monitoredNhSm()),
-      fecRequest(agent.fecRequest()),
-      fecResponse(agent.fecResponse()) {}
+      fecRequest(agent.fecRequest()) {}
 
 void TransitAgent::start() {
    // A new incarnation: the invariant check numbers its adjacency indices afresh.
@@ -45,7 +39,8 @@ void TransitAgent::start() {
 }
 
 void TransitAgent::fecAnswersIs(bool on) {
-   fecService.capacityIs(on ? sim::FecIdService::unlimited() : fecService.inUse());
+   agent.fecIdService().capacityIs(on ? sim::FecIdService::unlimited()
+                                      : agent.fecIdService().inUse());
 }
 
 Mpls::LfibViaKey TransitAgent::mplsVia(std::uint32_t index, const std::string& nextHop,
@@ -63,27 +58,19 @@ Mpls::LfibViaKey TransitAgent::mplsViaWith(std::uint32_t index, const std::strin
                                            const std::vector<std::uint32_t>& labels,
                                            Wire::MplsLabelAction action,
                                            Mpls::PayloadType payload) {
-   Mpls::LfibViaKey key(Mpls::viaTypeMplsIp_, index, Mpls::lfibSourceStatic_);
    Wire::MplsLabelOperation op;
    for (std::uint32_t label : labels) {
       op.push(Wire::MplsLabel(label));
    }
-   lfib->mplsViaIs(
-       Mpls::LfibMplsVia(key, Wire::IpGenAddr::parse(nextHop), intf, op, action, payload));
-   return key;
+   return sim::ControlPlane(agent).mplsVia(index, Wire::IpGenAddr::parse(nextHop), intf, op, action,
+                                           payload);
 }
 
 Mpls::LfibViaSetKey TransitAgent::viaSet(std::uint32_t index,
                                          const std::vector<Mpls::LfibViaKey>& vias,
                                          Mpls::LfibViaSetKey backup, Mpls::LfibSource source) {
    Mpls::LfibViaSetKey key(Mpls::viaTypeMplsIp_, index, source);
-   Mpls::LfibViaSet set(key, Mpls::viaSetTypeEcmp_);
-   for (std::uint32_t i = 0; i < vias.size(); ++i) {
-      set.viaIs(Mpls::LfibViaIndexRange(i), vias[i]);
-   }
-   set.viasIs(static_cast<std::uint32_t>(vias.size()));
-   set.backupViaSetKeyIs(backup);
-   lfib->viaSetIs(set);
+   sim::ControlPlane(agent).viaSet(key, vias, Mpls::viaSetTypeEcmp_, backup);
    return key;
 }
 
@@ -102,30 +89,26 @@ Mpls::RouteKey TransitAgent::route(std::uint32_t label, Mpls::LfibViaSetKey viaS
 
 void TransitAgent::neighbor(const std::string& addr, Wire::IntfId intf, const std::string& mac,
                             std::uint16_t vlan, Wire::IntfId l2Intf) {
-   Fal::NextHopInfo info;
-   info.macAddrIs(Wire::EthAddr::parse(mac));
-   info.vlanIdIs(Bridging::VlanId(vlan));
-   info.l2IntfIs(l2Intf);
-   info.vrfIdIs(Fal::VrfId(0));
-   l3Status->nextHopInfoIs(Fal::NextHopKey(Wire::IpGenAddr::parse(addr), intf), info);
+   sim::ControlPlane(agent).neighbor(Wire::IpGenAddr::parse(addr), intf, Wire::EthAddr::parse(mac),
+                                     Bridging::VlanId(vlan), l2Intf);
 }
 
 void TransitAgent::neighborDel(const std::string& addr, Wire::IntfId intf) {
-   l3Status->nextHopInfoDel(Fal::NextHopKey(Wire::IpGenAddr::parse(addr), intf));
+   sim::ControlPlane(agent).neighborDel(Wire::IpGenAddr::parse(addr), intf);
 }
 
 void TransitAgent::ipRoute(const std::string& prefix, std::uint8_t length,
                            const std::string& gateway, Wire::IntfId intf) {
-   ipRoutes->routeIs(Routing::Hardware::IpRouteKey(
-                         Fal::VrfId(0), L3::IpPrefix(Wire::IpGenAddr::parse(prefix), length)),
-                     Routing::Hardware::IpRoute::gateway(Wire::IpGenAddr::parse(gateway), intf));
+   sim::ControlPlane(agent).ipRoute(
+       Fal::VrfId(0), L3::IpPrefix(Wire::IpGenAddr::parse(prefix), length),
+       Routing::Hardware::IpRoute::gateway(Wire::IpGenAddr::parse(gateway), intf));
 }
 
 void TransitAgent::connectedRoute(const std::string& prefix, std::uint8_t length,
                                   Wire::IntfId intf) {
-   ipRoutes->routeIs(Routing::Hardware::IpRouteKey(
-                         Fal::VrfId(0), L3::IpPrefix(Wire::IpGenAddr::parse(prefix), length)),
-                     Routing::Hardware::IpRoute::connected(intf));
+   sim::ControlPlane(agent).ipRoute(Fal::VrfId(0),
+                                    L3::IpPrefix(Wire::IpGenAddr::parse(prefix), length),
+                                    Routing::Hardware::IpRoute::connected(intf));
 }
 
 Fal::MplsHwRoute TransitAgent::configRoute(std::uint32_t label) const {

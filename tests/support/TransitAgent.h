@@ -76,22 +76,15 @@ class TransitAgent {
    sim::Agent agent;
    sim::AdjacencyIndexHistory indexHistory;
    sim::Chip& chip;
-   sim::FecIdService& fecService;
    const Kor::Ptr<sim::RouteHelper>& helper;
    const Kor::Ptr<Loom::EventLoop>& loop;
-   const Kor::Ptr<Mpls::Status>& mplsStatus;
    const Kor::Ptr<Mpls::RoutingInfo>& routingInfo;
    const Kor::Ptr<Mpls::LfibStatus>& lfib;
-   const Kor::Ptr<Routing::Hardware::RouteStatus>& ipRoutes;
    const Kor::Ptr<Mpls::Hardware::Status>& hwMplsStatus;
    const Kor::Ptr<Fal::RouteReactorConfig>& routeReactorConfig;
-   const Kor::Ptr<Fal::Route6ReactorConfig>& route6ReactorConfig;
-   const Kor::Ptr<Loom::AttrLogSm>& attrLogSm;
-   const Kor::Ptr<Fal::MplsHwStatus>& hwStatus;
    const Kor::Ptr<Fal::L3Status>& l3Status;
    const Kor::Ptr<Fal::MonitoredNexthopSm>& monitoredNhSm;
    const Kor::Ptr<Fal::FecIdToHwFecIdRequest>& fecRequest;
-   const Kor::Ptr<Fal::FecIdToHwFecIdResponse>& fecResponse;
 };
 
 }  // namespace TestSupport

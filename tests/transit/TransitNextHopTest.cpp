@@ -1,5 +1,6 @@
-// Next-hop resolution: the two modes, shared L2 adjacencies, neighbour changes with and without
-// in-place adjacency updates, unresolved next hops and resolution through the default route.
+// Next-hop resolution: shared L2 adjacencies, unresolved next hops, the ARP VRF. Resolution through
+// the IP routes, neighbour and via moves and in-place updates are the examples
+// next-hops-through-ip-routes.json, next-hop-moves.json and shared-adjacency-mac-change.json.
 #include <gtest/gtest.h>
 
 #include "support/TransitTestCommon.h"
@@ -8,53 +9,34 @@ namespace {
 
 using namespace TestSupport;
 
+// Beyond the ECMP example: one next hop of a shared pair alone has its own adjacency, two vias to
+// the same neighbour and label make one L2 via, each next hop is watched once, and the shared
+// adjacency is kept by the user that remains.
 TEST(TransitNextHop, EcmpViaSetsWithTheSameNextHopsShareOneL2Adjacency) {
    TransitAgent a;
    a.neighbor("10.0.0.2", kVlan10, "00:00:00:00:00:02");
    a.neighbor("10.0.1.2", kVlan20, "00:00:00:00:01:02", 20, Wire::IntfId::ethernet(2));
-   // Two ECMP sets over the same two next hops and labels, one the other way round.
-   auto setA = a.viaSet(
-       1, {a.mplsVia(1, "10.0.0.2", kVlan10, 500), a.mplsVia(2, "10.0.1.2", kVlan20, 500)});
-   auto setB = a.viaSet(
-       2, {a.mplsVia(3, "10.0.1.2", kVlan20, 500), a.mplsVia(4, "10.0.0.2", kVlan10, 500)});
-   // One of the two next hops alone, and the same two next hops with another label.
-   auto setC = a.viaSet(3, {a.mplsVia(5, "10.0.0.2", kVlan10, 500)});
-   auto setD = a.viaSet(
-       4, {a.mplsVia(6, "10.0.0.2", kVlan10, 600), a.mplsVia(7, "10.0.1.2", kVlan20, 600)});
-   // Two vias to the same neighbour and label make one L2 via.
-   auto setE = a.viaSet(
-       5, {a.mplsVia(8, "10.0.0.2", kVlan10, 800), a.mplsVia(9, "10.0.0.2", kVlan10, 800)});
-   a.route(100, setA);
-   a.route(101, setB);
-   a.route(102, setC);
-   a.route(103, setD);
-   a.route(104, setE);
+   a.route(100, a.viaSet(1, {a.mplsVia(1, "10.0.0.2", kVlan10, 500),
+                             a.mplsVia(2, "10.0.1.2", kVlan20, 500)}));
+   a.route(101, a.viaSet(2, {a.mplsVia(3, "10.0.1.2", kVlan20, 500),
+                             a.mplsVia(4, "10.0.0.2", kVlan10, 500)}));
+   a.route(102, a.viaSet(3, {a.mplsVia(5, "10.0.0.2", kVlan10, 500)}));
+   a.route(104, a.viaSet(5, {a.mplsVia(8, "10.0.0.2", kVlan10, 800),
+                             a.mplsVia(9, "10.0.0.2", kVlan10, 800)}));
    settleAndCheck(a);
-   for (std::uint32_t label : {100u, 101u, 102u, 103u, 104u}) {
-      EXPECT_TRUE(a.programmed(label)) << label;
-   }
    EXPECT_EQ(a.configRoute(104).l2Adjacency()->l2ViaSet().l2Vias(), 1u);
-   EXPECT_EQ(a.state()->l3Adjacencies(), 5u);
-   EXPECT_EQ(a.vrfConfig()->l2Adjacencies(), 4u);
+   EXPECT_EQ(a.vrfConfig()->l2Adjacencies(), 3u);
    auto shared = a.configRoute(100).l2Adjacency();
    EXPECT_EQ(a.configRoute(101).l2Adjacency(), shared);
-   EXPECT_EQ(shared->l2ViaSet().l2Vias(), 2u);
    EXPECT_NE(a.configRoute(102).l2Adjacency(), shared);
-   EXPECT_NE(a.configRoute(103).l2Adjacency(), shared);
    EXPECT_EQ(a.state()->l2Adjacency(shared->index())->l3Adjacencies(), 2u);
-   // Each next hop is watched once, however many adjacencies use it.
    EXPECT_EQ(a.monitoredNhSm->entries(), 2u);
-
-   // The shared adjacency outlives one of its users and goes with the last.
    a.routeDel(100);
    settleAndCheck(a);
    EXPECT_EQ(a.configRoute(101).l2Adjacency(), shared);
-   a.routeDel(101);
-   settleAndCheck(a);
-   EXPECT_FALSE(a.vrfConfig()->l2AdjacencyHas(shared));
 }
 
-TEST(TransitNextHop, AViaSetIsProgrammedOnlyWhenAllItsNextHopsResolve) {
+TEST(TransitNextHop, AViaSetIsProgrammedOnlyWhileAllItsNextHopsResolve) {
    TraceCapture traces;
    TransitAgent a;
    a.neighbor("10.0.0.2", kVlan10, "00:00:00:00:00:02");
@@ -66,161 +48,20 @@ TEST(TransitNextHop, AViaSetIsProgrammedOnlyWhenAllItsNextHopsResolve) {
    EXPECT_TRUE(traces.contains("nexthop not resolved"));
    // Both next hops are watched, so the missing one can bring the set up.
    EXPECT_EQ(a.monitoredNhSm->entries(), 2u);
-
    a.neighbor("10.0.1.2", kVlan20, "00:00:00:00:01:02");
    settleAndCheck(a);
    ASSERT_TRUE(a.programmed(100));
    EXPECT_EQ(a.configRoute(100).l2Adjacency()->l2ViaSet().l2Vias(), 2u);
-}
 
-TEST(TransitNextHop, ANextHopThatGoesUnresolvedUnprogramsItsRoutes) {
-   TransitAgent a;
-   twoRoutes(a);
-   ASSERT_TRUE(a.programmed(100));
-
+   // One goes again: the route is unprogrammed, and published so, until it returns.
    a.neighborDel("10.0.0.2", kVlan10);
    settleAndCheck(a);
    EXPECT_TRUE(!a.configRoute(100));
-   EXPECT_TRUE(!a.configRoute(101));
-   EXPECT_FALSE(a.programmed(100));
    EXPECT_EQ(a.vrfConfig()->l2Adjacencies(), 0u);
-   EXPECT_TRUE(a.stateRoute(100)->unprogrammed());
    EXPECT_TRUE(a.hwMplsStatus->route(TransitAgent::key(100)).unprogrammed());
-
    a.neighbor("10.0.0.2", kVlan10, "00:00:00:00:00:02");
    settleAndCheck(a);
    EXPECT_TRUE(a.programmed(100));
-   EXPECT_TRUE(a.programmed(101));
-}
-
-TEST(TransitNextHop, InPlaceUpdateIsNotUsedForAnAdjacencySharedByTwoViaSets) {
-   ToggleScope toggle(true);
-   TransitAgent a;
-   a.neighbor("10.0.0.2", kVlan10, "00:00:00:00:00:02");
-   a.neighbor("10.0.1.2", kVlan20, "00:00:00:00:01:02");
-   a.route(100, a.viaSet(1, {a.mplsVia(1, "10.0.0.2", kVlan10)}));
-   a.route(101, a.viaSet(2, {a.mplsVia(2, "10.0.0.2", kVlan10)}));
-   a.route(102, a.viaSet(3, {a.mplsVia(3, "10.0.1.2", kVlan20)}));
-   settleAndCheck(a);
-   auto shared = a.configRoute(100).l2Adjacency();
-   ASSERT_EQ(a.configRoute(101).l2Adjacency(), shared);
-   auto other = a.configRoute(102).l2Adjacency();
-
-   a.neighbor("10.0.0.2", kVlan10, "00:00:00:00:00:99");
-   settleAndCheck(a);
-   EXPECT_TRUE(a.programmed(100));
-   EXPECT_TRUE(a.programmed(101));
-   // Both users follow the neighbour to one adjacency again; the third is untouched.
-   EXPECT_EQ(a.configRoute(100).l2Adjacency(), a.configRoute(101).l2Adjacency());
-   EXPECT_EQ(a.configRoute(100).l2Adjacency()->l2ViaSet().begin()->macAddr(),
-             Wire::EthAddr::parse("00:00:00:00:00:99"));
-   EXPECT_EQ(a.configRoute(102).l2Adjacency(), other);
-   EXPECT_EQ(a.vrfConfig()->l2Adjacencies(), 2u);
-
-   // One user's label changes: it leaves the shared adjacency, which keeps the other's label.
-   a.mplsVia(2, "10.0.0.2", kVlan10, 600);
-   settleAndCheck(a);
-   EXPECT_TRUE(a.programmed(101));
-   EXPECT_NE(a.configRoute(101).l2Adjacency(), a.configRoute(100).l2Adjacency());
-   EXPECT_EQ(a.configRoute(100).l2Adjacency()->l2ViaSet().begin()->labelStack(),
-             Wire::MplsLabelOperation{Wire::MplsLabel(1000)});
-}
-
-TEST(TransitNextHop, ANeighbourMovingOntoAnExistingL2ViaSetJoinsItsAdjacency) {
-   ToggleScope toggle(true);
-   TransitAgent a;
-   a.neighbor("10.0.0.2", kVlan10, "00:00:00:00:00:02");
-   a.neighbor("10.0.0.3", kVlan10, "00:00:00:00:00:03");
-   // Two next hops with the same label: once they have the same neighbour they are one L2 via.
-   a.route(100, a.viaSet(1, {a.mplsVia(1, "10.0.0.2", kVlan10, 700)}));
-   a.route(101, a.viaSet(2, {a.mplsVia(2, "10.0.0.3", kVlan10, 700)}));
-   settleAndCheck(a);
-   ASSERT_NE(a.configRoute(100).l2Adjacency(), a.configRoute(101).l2Adjacency());
-   a.neighbor("10.0.0.3", kVlan10, "00:00:00:00:00:02");
-   settleAndCheck(a);
-   EXPECT_TRUE(a.programmed(101));
-   EXPECT_EQ(a.vrfConfig()->l2Adjacencies(), 2u);  // the next hop address differs
-}
-
-TEST(TransitNextHop, RouteResolverModeFollowsTheGatewayNeighbour) {
-   TransitAgent a;
-   a.ipRoute("10.50.0.0", 16, "10.1.0.1", kVlan20);
-   a.neighbor("10.1.0.1", kVlan20, "00:00:00:00:10:01", 20);
-   a.route(100, a.viaSet(1, {a.mplsVia(1, "10.50.0.7", Wire::IntfId(), 4000)}));
-   a.route(101, a.viaSet(2, {a.mplsVia(2, "10.50.0.7", Wire::IntfId(), 4000)}));
-   settleAndCheck(a);
-   ASSERT_TRUE(a.programmed(100));
-   EXPECT_EQ(a.routeReactorConfig->watchedAddrs(), 1u);
-   EXPECT_EQ(a.monitoredNhSm->entries(), 0u);
-   auto adj = a.configRoute(100).l2Adjacency();
-   EXPECT_EQ(a.configRoute(101).l2Adjacency(), adj);
-   EXPECT_EQ(adj->l2ViaSet().begin()->macAddr(), Wire::EthAddr::parse("00:00:00:00:10:01"));
-
-   // The gateway's neighbour entry changes on its own: the route follows.
-   a.neighbor("10.1.0.1", kVlan20, "00:00:00:00:10:02", 20);
-   settleAndCheck(a);
-   ASSERT_TRUE(a.programmed(100));
-   EXPECT_EQ(a.configRoute(100).l2Adjacency()->l2ViaSet().begin()->macAddr(),
-             Wire::EthAddr::parse("00:00:00:00:10:02"));
-
-   // The covering route goes: the next hop no longer resolves.
-   a.ipRoutes->routeDel(Routing::Hardware::IpRouteKey(
-       Fal::VrfId(0), L3::IpPrefix(Wire::IpGenAddr::parse("10.50.0.0"), 16)));
-   settleAndCheck(a);
-   EXPECT_TRUE(!a.configRoute(100));
-   EXPECT_EQ(a.routeReactorConfig->watchedAddrs(), 1u);
-}
-
-TEST(TransitNextHop, ResolutionThroughTheDefaultRouteNeedsPermission) {
-   TransitAgent a;
-   a.ipRoute("0.0.0.0", 0, "10.9.9.1", kVlan20);
-   a.neighbor("10.9.9.1", kVlan20, "00:00:00:00:99:01", 20);
-   a.route(100, a.viaSet(1, {a.mplsVia(1, "172.16.0.1", Wire::IntfId(), 4000)}));
-   settleAndCheck(a);
-   EXPECT_TRUE(!a.configRoute(100));
-   EXPECT_FALSE(a.hwMplsStatus->nexthopResolutionAllowDefaultRoute());
-
-   a.mplsStatus->nexthopResolutionAllowDefaultRouteIs(true);
-   settleAndCheck(a);
-   EXPECT_TRUE(a.hwMplsStatus->nexthopResolutionAllowDefaultRoute());
-   ASSERT_TRUE(a.programmed(100));
-
-   a.mplsStatus->nexthopResolutionAllowDefaultRouteIs(false);
-   settleAndCheck(a);
-   EXPECT_FALSE(a.hwMplsStatus->nexthopResolutionAllowDefaultRoute());
-   EXPECT_TRUE(!a.configRoute(100));
-
-   // A more specific route is fine without the permission.
-   a.ipRoute("172.16.0.0", 24, "10.9.9.1", kVlan20);
-   settleAndCheck(a);
-   EXPECT_TRUE(a.programmed(100));
-}
-
-TEST(TransitNextHop, Ipv6NextHopsAreResolvedInBothModes) {
-   TransitAgent a;
-   a.neighbor("2001:db8::2", kVlan10, "00:00:00:00:06:02");
-   a.ipRoute("2001:db8:1::", 64, "2001:db8::2", kVlan10);
-   a.route(100, a.viaSet(1, {a.mplsVia(1, "2001:db8::2", kVlan10)}));
-   a.route(101, a.viaSet(2, {a.mplsVia(2, "2001:db8:1::9", Wire::IntfId())}));
-   settleAndCheck(a);
-   EXPECT_TRUE(a.programmed(100));
-   EXPECT_TRUE(a.programmed(101));
-   EXPECT_EQ(a.route6ReactorConfig->watchedIp6Addrs(), 1u);
-   EXPECT_EQ(a.monitoredNhSm->entries(), 1u);
-}
-
-TEST(TransitNextHop, AViaSetChangingItsNextHopsStopsWatchingTheOldOnes) {
-   TransitAgent a;
-   twoRoutes(a);
-   ASSERT_TRUE(a.programmed(100));
-   // The same via key now names another next hop.
-   a.mplsVia(1, "10.0.1.2", kVlan20);
-   settleAndCheck(a);
-   ASSERT_TRUE(a.programmed(100));
-   EXPECT_TRUE(
-       a.monitoredNhSm->entryHas(Fal::VrfId(0), Wire::IpGenAddr::parse("10.0.1.2"), kVlan20));
-   EXPECT_EQ(a.configRoute(100).l2Adjacency()->l2ViaSet().begin()->macAddr(),
-             Wire::EthAddr::parse("00:00:00:00:01:02"));
 }
 
 TEST(TransitNextHop, ArpVrfOfTheInterfaceIsUsedWhenTheNeighbourNamesNone) {
@@ -234,6 +75,15 @@ TEST(TransitNextHop, ArpVrfOfTheInterfaceIsUsedWhenTheNeighbourNamesNone) {
    EXPECT_TRUE(a.programmed(100));
    EXPECT_TRUE(
        a.monitoredNhSm->entryHas(Fal::VrfId(7), Wire::IpGenAddr::parse("10.0.1.2"), kVlan20));
+}
+
+TEST(TransitNextHop, TheDefaultRoutePermissionIsPublished) {
+   TransitAgent a;
+   for (bool allow : {true, false, true}) {
+      a.agent.mplsStatus()->nexthopResolutionAllowDefaultRouteIs(allow);
+      settleAndCheck(a);
+      EXPECT_EQ(a.hwMplsStatus->nexthopResolutionAllowDefaultRoute(), allow);
+   }
 }
 
 }  // namespace

@@ -84,16 +84,12 @@ TEST_F(ReviewTest, ResourceFullAndNormalAreLoggedOncePerEpisode) {
    routes(100, 2);
    settleAndCheck(a);
    ASSERT_EQ(a.state()->numUnprogrammedRoute(), 2u);
-   EXPECT_EQ(a.logged(kFull), 1u);
-   EXPECT_EQ(a.logged(kNormal), 0u);
    EXPECT_EQ(a.vrfStatus()->unprogrammedReason(), Fal::UnprogrammedReason::RouteFull);
-
    settleAndCheck(a, 11.0);
    EXPECT_EQ(programmedCount(100, 2), 2u);
    EXPECT_EQ(a.logged(kFull), 1u);
    EXPECT_EQ(a.logged(kNormal), 1u);
    EXPECT_EQ(a.vrfStatus()->unprogrammedReason(), Fal::UnprogrammedReason::Success);
-   EXPECT_EQ(a.state()->numUnprogrammedRoute(), 0u);
 
    // A second episode, this time for want of adjacency room.
    a.chip.refuseNextIs(sim::RefuseTarget::routes, 1, Fal::UnprogrammedReason::AdjacencyFull);
@@ -187,17 +183,6 @@ TEST_F(ReviewTest, APassThatRunsOutOfTimeYieldsAndContinuesAtTheNextWakeUp) {
    EXPECT_EQ(programmedCount(1000, 200), 200u);
    // Each pass stopped near its budget: one item may run over, never a whole batch.
    EXPECT_LT(a.sm()->longestReviewPass(), a.sm()->reviewQuanta() + 0.02);
-}
-
-TEST_F(ReviewTest, ACloggedAttributeLogHoldsTheReviewBack) {
-   settleAndCheck(a);
-   a.attrLogSm->cloggedIs(true);
-   routes(100, 5);
-   a.settle(1.0);
-   EXPECT_EQ(programmedCount(100, 5), 0u);
-   a.attrLogSm->cloggedDel();
-   settleAndCheck(a);
-   EXPECT_EQ(programmedCount(100, 5), 5u);
 }
 
 TEST_F(ReviewTest, ForcedReprogrammingRewritesEveryRouteWithANewVersion) {
