@@ -25,7 +25,30 @@ bool MplsSm::routeSupported(const Mpls::LfibRoute& lfibRoute) const {
    return false;
 }
 
+// A route of a kind that this machine does not program (a decap route) and that it never took
+// up: handling it would only trace that it is ignored. It is skipped before the VRF's lookups by
+// name, which a million decap routes would otherwise pay for nothing. While any trace of the
+// machine is read, the full handling runs, so that the traces say what they always said.
+bool MplsSm::foreignRouteUntouched(const Mpls::RouteKey& routeKey) const {
+   if (SM_TRACING()) {
+      return false;
+   }
+   const Mpls::LfibRoute* lfibRoute = transitLfib_->lfibRoutePtr(routeKey);
+   if (!lfibRoute || mplsIpRouteKey_.contains(routeKey)) {
+      return false;
+   }
+   const auto type = lfibRoute->viaSetKey().viaType();
+   if (type == Mpls::viaTypeMplsIp_ || type == Mpls::viaTypeExternalFec_) {
+      return false;
+   }
+   return !defaultState_ ||
+          (!defaultState_->route(routeKey) && !defaultState_->routeKeyForReview(routeKey));
+}
+
 void MplsSm::handleLFibRoute(const Mpls::RouteKey& routeKey) {
+   if (foreignRouteUntouched(routeKey)) {
+      return;
+   }
    const L3::VrfName& vrf = defaultVrf();
    if (!vrfKnown(vrf)) {
       SM_TRACE(5, "Vrf name has not been added yet");
