@@ -30,6 +30,15 @@ std::string flag(bool b) {
 
 }  // namespace
 
+std::uint64_t DecapHelper::calls(const std::string& what) const {
+   for (int c = 0; c < kCalls; ++c) {
+      if (what == kCallNames[c]) {
+         return calls_[c];
+      }
+   }
+   return 0;
+}
+
 Mpls::LfibHwProgrammingReturnCode DecapHelper::admit(bool present) {
    ++creates_;
    if (refuse_ > 0) {
@@ -58,21 +67,21 @@ void DecapHelper::mismatch(std::string text) {
 Mpls::LfibHwProgrammingReturnCode DecapHelper::createLabelToVlanMapping(Wire::MplsLabel label,
                                                                         Bridging::VlanId vlanId,
                                                                         bool flood) {
-   ++calls_["create vlan"];
+   ++calls_[createVlan];
    if (logCalls_) {
       logCall("createLabelToVlan(" + label.stringValue() + "," + vlanId.stringValue() + "," +
               flag(flood) + ")");
    }
    auto rc = admit(vlan_.contains(label));
    if (rc == Mpls::lfibHwProgrammingSuccess_) {
-      vlan_[label] = VlanMapping{vlanId, flood};
+      vlan_.insert_or_assign(label, VlanMapping{vlanId, flood});
    }
    return rc;
 }
 
 void DecapHelper::deleteLabelToVlanMapping(Wire::MplsLabel label, Bridging::VlanId vlanId,
                                            bool flood) {
-   ++calls_["delete vlan"];
+   ++calls_[deleteVlan];
    if (logCalls_) {
       logCall("deleteLabelToVlan(" + label.stringValue() + "," + vlanId.stringValue() + "," +
               flag(flood) + ")");
@@ -93,7 +102,7 @@ void DecapHelper::deleteLabelToVlanMapping(Wire::MplsLabel label, Bridging::Vlan
 
 Mpls::LfibHwProgrammingReturnCode DecapHelper::createLabelDot1qToVlanMapping(
     Wire::MplsLabel label, Bridging::VlanId dot1qTag, Bridging::VlanIdOrNone vlanId, bool flood) {
-   ++calls_["create dot1q"];
+   ++calls_[createDot1q];
    if (logCalls_) {
       logCall("createLabelDot1qToVlan(" + label.stringValue() + "," + dot1qTag.stringValue() + "," +
               vlanId.stringValue() + "," + flag(flood) + ")");
@@ -108,7 +117,7 @@ Mpls::LfibHwProgrammingReturnCode DecapHelper::createLabelDot1qToVlanMapping(
 
 void DecapHelper::deleteLabelDot1qToVlanMapping(Wire::MplsLabel label, Bridging::VlanId dot1qTag,
                                                 bool flood) {
-   ++calls_["delete dot1q"];
+   ++calls_[deleteDot1q];
    if (logCalls_) {
       logCall("deleteLabelDot1qToVlan(" + label.stringValue() + "," + dot1qTag.stringValue() + "," +
               flag(flood) + ")");
@@ -129,21 +138,21 @@ void DecapHelper::deleteLabelDot1qToVlanMapping(Wire::MplsLabel label, Bridging:
 
 Mpls::LfibHwProgrammingReturnCode DecapHelper::createLabelToVrfMapping(
     Wire::MplsLabel label, L3::VrfName vrfName, Mpls::PayloadType payloadType) {
-   ++calls_["create vrf"];
+   ++calls_[createVrf];
    if (logCalls_) {
       logCall("createLabelToVrf(" + label.stringValue() + "," + vrfName.stringValue() + "," +
               std::to_string(unsigned(payloadType)) + ")");
    }
    auto rc = admit(vrf_.contains(label));
    if (rc == Mpls::lfibHwProgrammingSuccess_) {
-      vrf_[label] = VrfMapping{std::move(vrfName), payloadType};
+      vrf_.insert_or_assign(label, VrfMapping{std::move(vrfName), payloadType});
    }
    return rc;
 }
 
 void DecapHelper::deleteLabelToVrfMapping(Wire::MplsLabel label, L3::VrfName vrfName,
                                           Mpls::PayloadType payloadType) {
-   ++calls_["delete vrf"];
+   ++calls_[deleteVrf];
    if (logCalls_) {
       logCall("deleteLabelToVrf(" + label.stringValue() + "," + vrfName.stringValue() + "," +
               std::to_string(unsigned(payloadType)) + ")");

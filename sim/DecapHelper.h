@@ -10,6 +10,15 @@
 #include <mplsfwd/decap/MplsDecapHelperWithDot1qMap.h>
 #include <mplsfwd/kor/AttrOps.h>
 #include <mplsfwd/kor/Collections.h>
+#include <mplsfwd/kor/DenseIndexMap.h>
+
+// A label's slot in the helper's label-indexed tables is its value; the no-label value has none.
+template <>
+struct Kor::DenseIndex<Wire::MplsLabel> {
+   static constexpr std::uint32_t kCapacity = Wire::MplsLabel::kMax + 1;
+   static std::uint32_t index(const Wire::MplsLabel& l) { return l.value(); }
+   static Wire::MplsLabel key(std::uint32_t i) { return Wire::MplsLabel(i); }
+};
 
 namespace sim {
 
@@ -48,6 +57,9 @@ class DecapHelper : public FalHelper::MplsDecapHelperWithDot1qMap {
  public:
    static constexpr std::size_t unlimited() { return std::numeric_limits<std::size_t>::max(); }
    using Dot1qKey = std::pair<Wire::MplsLabel, Bridging::VlanId>;
+   // By label, walked in label order: a table of the whole label space is an array, not a tree.
+   using VrfMappingMap = Kor::DenseIndexMap<Wire::MplsLabel, VrfMapping>;
+   using VlanMappingMap = Kor::DenseIndexMap<Wire::MplsLabel, VlanMapping>;
 
    DecapHelper(const Kor::Name& name, Kor::Ptr<const Loom::TimerWheel> timerWheel);
 
@@ -85,27 +97,32 @@ class DecapHelper : public FalHelper::MplsDecapHelperWithDot1qMap {
    std::vector<std::string> takeCalls();
 
    std::size_t mappings() const { return vrf_.size() + vlan_.size() + dot1q_.size(); }
-   const Kor::OrderedMap<Wire::MplsLabel, VrfMapping>& vrfMappingMap() const { return vrf_; }
-   const Kor::OrderedMap<Wire::MplsLabel, VlanMapping>& vlanMappingMap() const { return vlan_; }
+   const VrfMappingMap& vrfMappingMap() const { return vrf_; }
+   const VlanMappingMap& vlanMappingMap() const { return vlan_; }
    const Kor::OrderedMap<Dot1qKey, Dot1qMapping>& dot1qMappingMap() const { return dot1q_; }
    std::uint64_t creates() const { return creates_; }
    std::uint64_t deletes() const { return deletes_; }
    std::uint64_t refusals() const { return refusals_; }
    std::uint64_t mismatchedDeletes() const { return mismatchedDeletes_; }
    // Calls by operation and kind: "create vrf", "delete vlan", "create dot1q", ...
-   std::uint64_t calls(const std::string& what) const { return Kor::mapValueOr(calls_, what); }
+   std::uint64_t calls(const std::string& what) const;
    // Texts of the mismatched deletes, oldest first (at most 16 kept).
    const std::vector<std::string>& mismatches() const { return mismatchTexts_; }
 
  private:
+   // The calls counted by calls(), in the order of kCallNames.
+   enum Call { createVlan, deleteVlan, createDot1q, deleteDot1q, createVrf, deleteVrf, kCalls };
+   static constexpr const char* kCallNames[kCalls] = {"create vlan",  "delete vlan", "create dot1q",
+                                                      "delete dot1q", "create vrf",  "delete vrf"};
+
    Mpls::LfibHwProgrammingReturnCode admit(bool present);
    void mismatch(std::string text);
    void logCall(std::string text);
 
-   Kor::OrderedMap<Wire::MplsLabel, VrfMapping> vrf_;
-   Kor::OrderedMap<Wire::MplsLabel, VlanMapping> vlan_;
+   VrfMappingMap vrf_;
+   VlanMappingMap vlan_;
    Kor::OrderedMap<Dot1qKey, Dot1qMapping> dot1q_;
-   Kor::OrderedMap<std::string, std::uint64_t> calls_;
+   std::uint64_t calls_[kCalls] = {};
    std::size_t capacity_ = unlimited();
    std::size_t refuse_ = 0;
    Mpls::LfibHwProgrammingReturnCode refuseRc_ = Mpls::lfibHwProgrammingResourceFull_;

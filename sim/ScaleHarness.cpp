@@ -69,6 +69,10 @@ nlohmann::json ScaleResult::json() const {
                          {"decapCpuSeconds", decapCpuSeconds},
                          {"decapRoutesPerSecond", decapRoutesPerSecond},
                          {"decapLongestRunMs", decapLongestRunMs},
+                         {"decapLongestRunCpuMs", decapLongestRunCpuMs},
+                         {"decapDrainSeconds", decapDrainSeconds},
+                         {"decapDrainCpuSeconds", decapDrainCpuSeconds},
+                         {"decapDrainRoutesPerSecond", decapDrainRoutesPerSecond},
                          {"reviewPasses", reviewPasses},
                          {"l2Adjacencies", l2Adjacencies},
                          {"macChangeMs", macChangeMs},
@@ -107,7 +111,11 @@ std::string ScaleResult::text() const {
    if (decapRoutes > 0) {
       os << "decap              " << decapSeconds << " s (" << decapCpuSeconds
          << " s processor time), " << static_cast<std::uint64_t>(decapRoutesPerSecond)
-         << " routes/s, longest task run " << decapLongestRunMs << " ms\n";
+         << " routes/s, longest task run " << decapLongestRunMs << " ms (" << decapLongestRunCpuMs
+         << " ms processor time)\n";
+      os << "decap backlog task " << decapDrainSeconds << " s (" << decapDrainCpuSeconds
+         << " s processor time), " << static_cast<std::uint64_t>(decapDrainRoutesPerSecond)
+         << " routes/s\n";
    }
    os << "L2 adjacencies     " << l2Adjacencies << "\n";
    if (routes > 0) {
@@ -451,7 +459,15 @@ ScaleResult ScaleHarness::run(const Progress& progress) {
       r.decapRoutesPerSecond = static_cast<double>(options_.decapRoutes) / r.decapSeconds;
    }
    if (agent_->decapSm()) {
-      r.decapLongestRunMs = agent_->decapSm()->reviewRouteKeyBacklog()->longestRun() * 1000.0;
+      const Loom::Task& task = *agent_->decapSm()->reviewRouteKeyBacklog();
+      r.decapLongestRunMs = task.longestRun() * 1000.0;
+      r.decapLongestRunCpuMs = task.longestRunCpu() * 1000.0;
+      r.decapDrainSeconds = task.totalRun();
+      r.decapDrainCpuSeconds = task.totalRunCpu();
+      if (r.decapDrainSeconds > 0) {
+         r.decapDrainRoutesPerSecond =
+             static_cast<double>(options_.decapRoutes) / r.decapDrainSeconds;
+      }
    }
    if (auto config = agent_->defaultVrfConfig()) {
       r.l2Adjacencies = config->l2Adjacencies();

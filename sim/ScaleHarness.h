@@ -59,11 +59,17 @@ struct ScaleResult {
    double longestPassCpuMs = 0.0;
    // Decap routes programmed per second, from the first LFIB write until the decap helper holds
    // every mapping, and the longest run of the decap machine's backlog task (its slice is the
-   // scheduler's quantum).
+   // scheduler's quantum) with that run's processor time.
    double decapSeconds = 0.0;
    double decapCpuSeconds = 0.0;
    double decapRoutesPerSecond = 0.0;
    double decapLongestRunMs = 0.0;
+   double decapLongestRunCpuMs = 0.0;
+   // The backlog task alone: its runs added up (real and processor time), and the decap routes
+   // it programmed per second of them. The LFIB writes that fill the backlog are not in it.
+   double decapDrainSeconds = 0.0;
+   double decapDrainCpuSeconds = 0.0;
+   double decapDrainRoutesPerSecond = 0.0;
    std::uint64_t reviewPasses = 0;
    // From one next hop's MAC change, made once the agent has settled after convergence, until
    // every adjacency and route through it carries the new MAC. It includes the transit machine's

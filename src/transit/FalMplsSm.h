@@ -154,6 +154,9 @@ class MplsSm : public Kor::Entity {
    void handleLFibRoute(const Mpls::RouteKey& routeKey);
    void handleLFibRoute();
    bool routeSupported(const Mpls::LfibRoute& lfibRoute) const;
+   bool foreignRouteUntouched(const Mpls::RouteKey& routeKey,
+                              const Mpls::LfibRoute& lfibRoute) const;
+   bool foreignViaSetUnused(const Mpls::LfibViaSetKey& key) const;
    void processRouteKey(VrfMplsState& vrf, const Mpls::RouteKey& routeKey);
    void publishRouteKey(VrfMplsState& vrf, const Mpls::RouteKey& routeKey);
    void doPublishRouteKeys(VrfMplsState& vrf);

@@ -25,7 +25,28 @@ bool MplsSm::routeSupported(const Mpls::LfibRoute& lfibRoute) const {
    return false;
 }
 
+// A route of a kind that this machine does not program (a decap route) and that it never took
+// up: handling it would only trace that it is ignored. It is skipped before the VRF's lookups by
+// name, which a million decap routes would otherwise pay for nothing. While any trace of the
+// machine is read, the full handling runs, so that the traces say what they always said.
+bool MplsSm::foreignRouteUntouched(const Mpls::RouteKey& routeKey,
+                                   const Mpls::LfibRoute& lfibRoute) const {
+   const auto type = lfibRoute.viaSetKey().viaType();
+   if (type == Mpls::viaTypeMplsIp_ || type == Mpls::viaTypeExternalFec_ ||
+       mplsIpRouteKey_.contains(routeKey) ||
+       (defaultState_ &&
+        (defaultState_->route(routeKey) || defaultState_->routeKeyForReview(routeKey)))) {
+      return false;
+   }
+   return !SM_TRACING();
+}
+
 void MplsSm::handleLFibRoute(const Mpls::RouteKey& routeKey) {
+   // Nothing below changes the LFIB: the record stays where it is.
+   const Mpls::LfibRoute* lfibRoute = transitLfib_->lfibRoutePtr(routeKey);
+   if (lfibRoute && foreignRouteUntouched(routeKey, *lfibRoute)) {
+      return;
+   }
    const L3::VrfName& vrf = defaultVrf();
    if (!vrfKnown(vrf)) {
       SM_TRACE(5, "Vrf name has not been added yet");
@@ -35,7 +56,6 @@ void MplsSm::handleLFibRoute(const Mpls::RouteKey& routeKey) {
       SM_TRACE(5, "mplsRouting disable in vrf " << vrf);
       return;
    }
-   const Mpls::LfibRoute* lfibRoute = transitLfib_->lfibRoutePtr(routeKey);
    bool program = false;
    if (!lfibRoute) {
       if (!mplsIpRouteKey_.contains(routeKey)) {

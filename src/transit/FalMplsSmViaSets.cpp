@@ -64,10 +64,40 @@ void MplsSm::handleLFibViaSet(const Mpls::LfibViaSetKey& key) {
    handleLFibViaSetHelper(key, true);
 }
 
+// A via set of a kind that this machine does not program (a decap set) matters to it only
+// through routes that it took up, primaries that wait for the set as their backup or an
+// adjacency made for it; with none of these, and nothing else waiting for a review, handling it
+// changes nothing and is skipped before the VRF's lookups by name. While any trace of the machine
+// is read, the full handling runs, so that the traces say what they always said.
+bool MplsSm::foreignViaSetUnused(const Mpls::LfibViaSetKey& key) const {
+   if (key.viaType() == Mpls::viaTypeMplsIp_ || key.viaType() == Mpls::viaTypeExternalFec_ ||
+       SM_TRACING()) {
+      return false;
+   }
+   const auto users = transitLfib_->routeKeysOfViaSet(key);
+   if (!defaultState_) {
+      // With users, the handling would make the VRF's state.
+      return users.empty();
+   }
+   if (defaultState_->needReview() || defaultState_->hasUnprogrammed() ||
+       defaultState_->lFibViaSetToL3AdjHas(key) || defaultState_->primariesAwaitingBackupHas(key)) {
+      return false;
+   }
+   for (const auto& routeKey : users) {
+      if (mplsIpRouteKey_.contains(routeKey)) {
+         return false;
+      }
+   }
+   return true;
+}
+
 void MplsSm::handleLFibViaSetHelper(const Mpls::LfibViaSetKey& key, bool delFromBacklog) {
    const L3::VrfName& vrfName = defaultVrf();
    if (delFromBacklog) {
       lfibTrackingStatus_->viaSetKeyBacklogDel(key);
+   }
+   if (foreignViaSetUnused(key)) {
+      return;
    }
    // While a VRF state still exists (routing was switched off and its routes are draining, or it
    // is already back on) the change is taken up: dropped here it would be lost for good if routing

@@ -64,6 +64,9 @@ class VrfMplsState : public Kor::Entity {
                                 const Mpls::LfibViaSetKey& primary) {
       primariesAwaitingBackup_[backup].insert(primary);
    }
+   bool primariesAwaitingBackupHas(const Mpls::LfibViaSetKey& backup) const {
+      return primariesAwaitingBackup_.contains(backup);
+   }
    Kor::HashSet<Mpls::LfibViaSetKey> primariesAwaitingBackupTake(
        const Mpls::LfibViaSetKey& backup) {
       auto node = primariesAwaitingBackup_.extract(backup);

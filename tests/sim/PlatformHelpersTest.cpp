@@ -99,7 +99,9 @@ TEST(SimDecapHelper, TablesShareOneCapacityAndRewritesNeedNoRoom) {
    EXPECT_EQ(helper->createLabelToVlanMapping(l2, Bridging::VlanId(11), true),
              Mpls::lfibHwProgrammingSuccess_)
        << "rewriting a present mapping needs no room";
-   EXPECT_EQ(helper->vlanMappingMap().at(l2), (sim::VlanMapping{Bridging::VlanId(11), true}));
+   ASSERT_TRUE(helper->vlanMappingMap().contains(l2));
+   EXPECT_EQ(helper->vlanMappingMap().find(l2)->second,
+             (sim::VlanMapping{Bridging::VlanId(11), true}));
    helper->deleteLabelToVrfMapping(l1, "red", Mpls::payloadTypeIpv4_);
    EXPECT_EQ(
        helper->createLabelDot1qToVlanMapping(l3, Bridging::VlanId(5), Bridging::VlanId(50), false),

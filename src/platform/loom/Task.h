@@ -49,6 +49,12 @@ class Task : public Kor::Entity {
    // The longest of its runs, in seconds of the loop's time: with real time, a run that stays
    // within its slice takes at most the scheduler's quantum plus the item under way.
    double longestRun() const { return longestRun_; }
+   // The processor time of that longest run (zero with simulated time): a run far longer than
+   // its processor time was preempted, not overrunning its slice.
+   double longestRunCpu() const { return longestRunCpu_; }
+   // All its runs together, in the loop's time and (with real time) in processor time.
+   double totalRun() const { return totalRun_; }
+   double totalRunCpu() const { return totalRunCpu_; }
 
  protected:
    // The task's work; the default calls the body given at construction, if any.
@@ -66,6 +72,9 @@ class Task : public Kor::Entity {
    std::uint64_t workCount_ = 0;
    std::uint64_t runCount_ = 0;
    double longestRun_ = 0.0;
+   double longestRunCpu_ = 0.0;
+   double totalRun_ = 0.0;
+   double totalRunCpu_ = 0.0;
 };
 
 }  // namespace Loom

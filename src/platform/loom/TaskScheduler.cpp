@@ -86,12 +86,22 @@ bool TaskScheduler::runOne() {
    sliceStart_ = loop_ ? loop_->now_ : 0.0;
    ++runs_;
    ++task->runCount_;
+   // Processor time only with real time: simulated runs take none worth the system call.
+   const bool real = loop_ && !loop_->simulated();
+   const double cpuStart = real ? EventLoop::threadCpuNow() : 0.0;
    task->run();
    // The task may have been deleted by its own run: the running list then holds null for it.
    // Simulated time is read as it stands, so that measuring moves no time on.
    if (running_.back() == task && loop_) {
-      const double end = loop_->simulated() ? loop_->now_ : loop_->now();
-      task->longestRun_ = std::max(task->longestRun_, end - sliceStart_);
+      const double end = real ? loop_->now() : loop_->now_;
+      const double cpu = real ? EventLoop::threadCpuNow() - cpuStart : 0.0;
+      const double length = end - sliceStart_;
+      if (length > task->longestRun_) {
+         task->longestRun_ = length;
+         task->longestRunCpu_ = cpu;
+      }
+      task->totalRun_ += length;
+      task->totalRunCpu_ += cpu;
    }
    return true;
 }

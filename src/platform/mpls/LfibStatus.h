@@ -42,7 +42,9 @@ class LfibStatus : public Kor::Entity {
       virtual void onDot1qTagToVlanColl(const LfibDot1qTagToVlanKey&) {}
    };
    using RouteMap = DenseRouteMap<LfibRoute>;
-   using ViaSetMap = Kor::HashMap<LfibViaSetKey, LfibViaSet>;
+   // Open addressing: a decap route brings a via set of its own, so this holds a million sets;
+   // only the tracking machine's start walks it, into an ordered backlog.
+   using ViaSetMap = Kor::FlatHashMap<LfibViaSetKey, LfibViaSet>;
    class RouteKeysOfViaSet;
    using ViaSetKeySet = Kor::HashSet<LfibViaSetKey>;
    class ViaSetKeysOfVia;
@@ -65,6 +67,7 @@ class LfibStatus : public Kor::Entity {
 
    // Via sets.
    LfibViaSet viaSet(const LfibViaSetKey& key) const;
+   // The stored set without a copy, or null; valid until the via sets change.
    const LfibViaSet* viaSetPtr(const LfibViaSetKey& key) const;
    bool viaSetHas(const LfibViaSetKey& key) const { return viaSet_.contains(key); }
    void viaSetIs(const LfibViaSet& viaSet);

@@ -113,6 +113,9 @@ TEST_F(Tasks, YieldingTaskContinuesOnItsNextRun) {
    EXPECT_EQ(w.perRun, (std::vector<int>{3, 3, 3, 1}));
    // A run stops at its quantum: four reads of the time, the last one past the slice.
    EXPECT_DOUBLE_EQ(w.task.longestRun(), 0.5);
+   // Three full slices and a last run of one read; no processor time with simulated time.
+   EXPECT_DOUBLE_EQ(w.task.totalRun(), 1.625);
+   EXPECT_DOUBLE_EQ(w.task.totalRunCpu(), 0.0);
    EXPECT_EQ(w.left, 0);
    EXPECT_EQ(w.task.workCount(), 10u);
    EXPECT_FALSE(w.task.scheduled());
