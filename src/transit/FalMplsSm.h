@@ -239,15 +239,21 @@ class MplsSm : public Kor::Entity {
                            const CachedLFibMplsViaColl& lFibVias);
 
    // Next hops and L2 adjacencies.
-   Mpls::Hardware::L2ViaSet resolveNextHop(VrfMplsState& vrf, const L3AdjacencyPtr& l3Adj,
-                                           const Mpls::LfibMplsVia& via, std::size_t nVias,
-                                           Mpls::Hardware::Adjacency& hwAdj);
-   Mpls::Hardware::L2ViaSet resolveNextHopWithMNHSM(VrfMplsState& vrf, const L3AdjacencyPtr& l3Adj,
-                                                    const Mpls::LfibMplsVia& via, std::size_t nVias,
-                                                    Mpls::Hardware::Adjacency& hwAdj);
-   Mpls::Hardware::L2ViaSet resolveNextHopWithRR(VrfMplsState& vrf, const L3AdjacencyPtr& l3Adj,
-                                                 const Mpls::LfibMplsVia& via, std::size_t nVias,
-                                                 Mpls::Hardware::Adjacency& hwAdj);
+   // Each adds the via's resolution to `l2ViaSet` and `hwAdj` and returns true when the next
+   // hop resolves; either way the adjacency counts among the next hop's users.
+   bool resolveNextHop(VrfMplsState& vrf, const L3AdjacencyPtr& l3Adj, const Mpls::LfibMplsVia& via,
+                       std::size_t nVias, Mpls::Hardware::L2ViaSet& l2ViaSet,
+                       Mpls::Hardware::Adjacency& hwAdj);
+   bool resolveNextHopWithMNHSM(VrfMplsState& vrf, const L3AdjacencyPtr& l3Adj,
+                                const Mpls::LfibMplsVia& via, std::size_t nVias,
+                                Mpls::Hardware::L2ViaSet& l2ViaSet,
+                                Mpls::Hardware::Adjacency& hwAdj);
+   bool resolveNextHopWithRR(VrfMplsState& vrf, const L3AdjacencyPtr& l3Adj,
+                             const Mpls::LfibMplsVia& via, std::size_t nVias,
+                             Mpls::Hardware::L2ViaSet& l2ViaSet, Mpls::Hardware::Adjacency& hwAdj);
+   // Lets go of the next hops that the adjacency no longer resolves through.
+   void dropUnusedNextHops(VrfMplsState& vrf, const L3AdjacencyPtr& l3Adj,
+                           const CachedLFibMplsViaColl& vias);
    MplsL2AdjacencyPtr newL2Adjacency(VrfMplsState& vrf);
    void progHwL2Adj(const L3::VrfName& vrf, const L2AdjacencyPtr& hwL2Adjacency);
    void processL2Adj(VrfMplsState& vrf, std::uint64_t index);

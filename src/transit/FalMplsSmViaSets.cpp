@@ -395,6 +395,7 @@ void MplsSm::maybeUpdateBackupAdjInfo(VrfMplsState& vrf, const L3AdjacencyPtr& l
 Kor::Ptr<const CachedLFibMplsViaColl> MplsSm::getSaneMplsIpLFibVias(
     const Mpls::LfibViaSet& viaSet) const {
    auto cache = Kor::make<CachedLFibMplsViaColl>();
+   cache->reserve(viaSet.vias());
    if (!checkMplsIpLFibVias(viaSet, cache.ptr())) {
       return nullptr;
    }
