@@ -339,7 +339,7 @@ MplsL2AdjacencyPtr MplsSm::tryInPlaceUpdate(VrfMplsState& vrf, const L3Adjacency
    }
    auto mapped = viaSetToHwL2Adj_.find(current->l2ViaSet());
    if (mapped != viaSetToHwL2Adj_.end() && mapped->second == hwL2) {
-      viaSetToHwL2AdjDel(current->l2ViaSet());
+      viaSetToHwL2Adj_.erase(mapped);
    }
    SM_DECISION(5, "in place update of l2 adj " << current->index());
    current->l2ViaSetIs(l2ViaSet);
@@ -391,7 +391,7 @@ void MplsSm::processL2Adj(VrfMplsState& vrf, std::uint64_t index) {
       auto hwL2 = routingHwMplsStatus_->l2Adjacency(index);
       auto mapped = viaSetToHwL2Adj_.find(l2Adj->l2ViaSet());
       if (mapped != viaSetToHwL2Adj_.end() && mapped->second == hwL2) {
-         viaSetToHwL2AdjDel(l2Adj->l2ViaSet());
+         viaSetToHwL2Adj_.erase(mapped);
       }
       SM_TRACE(5, "delete l2 adj");
       maybeDeleteL2Adj(vrf, index);
