@@ -183,7 +183,7 @@ class MplsSm : public Kor::Entity {
    void maybeLogOwedResourceNormal();
    // Whether the route helper held a route of this adjacency when this incarnation took it up
    // (and has not been reconciled yet).
-   bool helperHeldRouteOf(const L3Adjacency& l3Adj) const;
+   bool helperHeldRouteOf(const VrfMplsState& vrf, const L3Adjacency& l3Adj) const;
    // One route (or L2 adjacency) more (1) or fewer (-1) among the VRF's unprogrammed ones, with
    // the FULL/NORMAL logs and traces of the total's passage through zero.
    void unprogrammedCountChanged(VrfMplsState& vrf, int delta, const MplsHwVrfStatus* status,
@@ -213,6 +213,8 @@ class MplsSm : public Kor::Entity {
    Kor::Ptr<const CachedLFibMplsViaColl> getSaneMplsIpLFibVias(
        const Mpls::LfibViaSet& lFibViaSet) const;
    bool isLFibViaSetSane(const Mpls::LfibViaSet& lFibViaSet) const;
+   // The same, asked once per review pass of the via set's L3 adjacency `l3Adj` (may be null).
+   bool isLFibViaSetSane(const Mpls::LfibViaSet& lFibViaSet, L3Adjacency* l3Adj) const;
    static L3AdjLFibAdjType findL3AdjLFibAdjType(const CachedLFibMplsViaColl* lFibVias);
    static bool hasNHGAdj(const CachedLFibMplsViaColl& lFibVias);
    static bool hasDynamicTunnelAdj(const CachedLFibMplsViaColl& lFibVias);
@@ -277,8 +279,9 @@ class MplsSm : public Kor::Entity {
    void processHwFecIdResponse(Memtab::Fib::FecId fecId, VrfMplsState& vrf);
 
    // Bookkeeping and deletion.
-   void addRouteKeyToL2Adj(const Mpls::RouteKey& key, const MplsL2AdjacencyPtr& l2Adj);
-   void deleteRouteKeyFromL2Adj(const Mpls::RouteKey& key, const MplsL2AdjacencyPtr& l2Adj);
+   void addRouteKeyToL2Adj(VrfMplsState& vrf, MplsRoute& route, const MplsL2AdjacencyPtr& l2Adj);
+   void deleteRouteKeyFromL2Adj(VrfMplsState& vrf, MplsRoute& route,
+                                const MplsL2AdjacencyPtr& l2Adj);
    void addRouteKeyToExtFecInfo(const Mpls::RouteKey& key, const ExternalFecInfoPtr& extFecInfo);
    void deleteRouteKeyFromExtFecInfo(VrfMplsState& vrf, const Mpls::RouteKey& key,
                                      const ExternalFecInfoPtr& extFecInfo);
@@ -366,6 +369,8 @@ class MplsSm : public Kor::Entity {
    double currentReviewInterval_ = 0.001;
    Kor::OrderedSet<L3::VrfName> vrfForReview_;
    std::uint64_t reviewCount_ = 0;
+   // The pass under way (reviewCount_ then), 0 outside a pass.
+   std::uint64_t passUnderWay_ = 0;
    double reviewEndTime_ = 0.0;
    std::uint64_t adjacencyIndex_ = 0;
    Kor::HashMap<Mpls::Hardware::L2ViaSet, Kor::Ptr<Mpls::Hardware::L2Adjacency>> viaSetToHwL2Adj_;
