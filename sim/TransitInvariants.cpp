@@ -22,6 +22,34 @@ class Report {
 using Vrf = Fal::VrfMplsState;
 using Kind = AdjacencyIndexHistory::Kind;
 
+// Walks one adjacency's route list through the route records, checking its links as it goes;
+// calls f(key, route) for each well-linked entry. Returns the number of entries walked.
+template <class LinkOf, class F>
+std::size_t walkRouteList(Vrf& vrf, const Fal::RouteList& list, LinkOf linkOf, const char* what,
+                          std::uint64_t index, Report& r, F&& f) {
+   std::size_t walked = 0;
+   std::uint32_t prev = Fal::RouteList::kNone;
+   for (std::uint32_t label = list.head; label != Fal::RouteList::kNone;) {
+      const Mpls::RouteKey k = Kor::DenseIndex<Mpls::RouteKey>::key(label);
+      auto route = vrf.route(k);
+      if (!route || ++walked > list.size) {
+         r.fail(what, " ", index, " route list is broken at ", k);
+         return walked;
+      }
+      const Fal::RouteLink& link = linkOf(*route);
+      if (link.prev != prev) {
+         r.fail(what, " ", index, " route list links ", k, " back to the wrong route");
+      }
+      f(k, *route);
+      prev = label;
+      label = link.next;
+   }
+   if (walked != list.size || list.tail != prev) {
+      r.fail(what, " ", index, " route list holds ", walked, " routes but counts ", list.size);
+   }
+   return walked;
+}
+
 // The review has nothing queued: what it owes is done, except the L2 adjacencies that wait on
 // the pending-delete list for the routes that still point at them.
 bool reviewIdle(Vrf& vrf) {
@@ -134,12 +162,14 @@ void checkL3Adjacencies(const TransitParts& agent, Vrf& vrf, bool idle, Report& 
             r.fail("l3 adj ", index, " lists primary ", primary, " that does not name it");
          }
       }
-      for (const auto& k : l3->routeKeySet()) {
-         auto route = vrf.route(k);
-         if (!route || route->l3Adj() != l3) {
-            r.fail("l3 adj ", index, " lists route ", k, " that does not use it");
-         }
-      }
+      walkRouteList(
+          vrf, l3->routeList(), [](const Fal::MplsRoute& m) { return m.l3Link(); }, "l3 adj", index,
+          r,
+          [&](const Mpls::RouteKey& k, const Fal::MplsRoute& route) {
+             if (route.l3Adj() != l3) {
+                r.fail("l3 adj ", index, " lists route ", k, " that does not use it");
+             }
+          });
       if (idle && l3->routeKeys() == 0 && l3->primaryAdjs() == 0) {
          r.fail("l3 adj ", index, " has no route and no primary but was kept");
       }
@@ -175,12 +205,14 @@ void checkL2Adjacencies(const TransitParts& agent, Vrf& vrf, bool idle, Report& 
             r.fail("l2 adj ", index, " lists l3 adj ", l3->index(), " that does not use it");
          }
       }
-      for (const auto& k : l2->routeKeySet()) {
-         auto route = vrf.route(k);
-         if (!route || route->l2Adj() != l2) {
-            r.fail("l2 adj ", index, " lists route ", k, " that does not use it");
-         }
-      }
+      walkRouteList(
+          vrf, l2->routeList(), [](const Fal::MplsRoute& m) { return m.l2Link(); }, "l2 adj", index,
+          r,
+          [&](const Mpls::RouteKey& k, const Fal::MplsRoute& route) {
+             if (route.l2Adj() != l2) {
+                r.fail("l2 adj ", index, " lists route ", k, " that does not use it");
+             }
+          });
       bool pending = vrf.l2AdjPendingForDelete(index);
       if (l2->l3Adjacencies() == 0) {
          if (!pending && (idle || !vrf.l2AdjForReview(index))) {
@@ -219,14 +251,29 @@ void checkRoutes(const TransitParts& agent, Vrf& vrf, bool idle, Report& r) {
    auto& hw = *agent.hwMplsStatus;
    auto config = agent.vrfConfig;
    auto status = agent.vrfStatus;
+   // A route has one place in each kind of list, and every listed route uses the adjacency that
+   // lists it (checked with the adjacencies): so each route is listed by its adjacencies exactly
+   // when the lists hold as many routes as use an adjacency.
+   std::size_t usingL3 = 0;
+   std::size_t usingL2 = 0;
+   std::size_t listedL3 = 0;
+   std::size_t listedL2 = 0;
+   for (const auto& [index, l3] : vrf.l3AdjacencyMap()) {
+      listedL3 += l3->routeKeys();
+   }
+   for (const auto& [index, l2] : vrf.l2AdjacencyMap()) {
+      listedL2 += l2->routeKeys();
+   }
    for (const auto& [k, route] : vrf.routeMap()) {
       const auto& l3 = route->l3Adj();
       const auto& l2 = route->l2Adj();
       const auto& ext = route->extFecInfo();
-      if (l3 && (vrf.l3Adjacency(l3->index()) != l3 || !l3->routeKey(k))) {
+      usingL3 += l3 ? 1 : 0;
+      usingL2 += l2 ? 1 : 0;
+      if (l3 && vrf.l3Adjacency(l3->index()) != l3) {
          r.fail("route ", k, " -> l3 adj ", l3->index(), " which does not list it");
       }
-      if (l2 && (vrf.l2Adjacency(l2->index()) != l2 || !l2->routeKey(k))) {
+      if (l2 && vrf.l2Adjacency(l2->index()) != l2) {
          r.fail("route ", k, " -> l2 adj ", l2->index(), " which does not list it");
       }
       if (ext && (vrf.extFecInfo(ext->fecId()) != ext || !ext->dependentRouteKey(k))) {
@@ -265,6 +312,12 @@ void checkRoutes(const TransitParts& agent, Vrf& vrf, bool idle, Report& r) {
       } else if (hw.routeHas(k)) {
          r.fail("route ", k, " without an l3 adj is published");
       }
+   }
+   if (usingL3 != listedL3) {
+      r.fail(usingL3, " routes use an l3 adj but the l3 adjs list ", listedL3);
+   }
+   if (usingL2 != listedL2) {
+      r.fail(usingL2, " routes use an l2 adj but the l2 adjs list ", listedL2);
    }
    if (idle) {
       for (const auto& [k, published] : hw.routeMap()) {

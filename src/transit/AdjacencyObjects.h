@@ -27,6 +27,23 @@ using ExternalFecInfoPtr = Kor::Ptr<ExternalFecInfo>;
 using RouteKeySet = Kor::FlatHashSet<Mpls::RouteKey>;
 using L3AdjacencySet = Kor::HashSet<L3AdjacencyPtr>;
 
+// The routes of one adjacency: a list threaded through the routes' own records (MplsRoute), by
+// label, in the order in which they joined. A million routes share a thousand adjacencies, so a
+// set of route keys per adjacency cost a hash insertion (and the table's growth) per route and
+// tens of bytes per route; the links cost two labels in each record. The VRF state (which finds
+// a record by its label) links, unlinks and walks them.
+struct RouteList {
+   static constexpr std::uint32_t kNone = 0xFFFFFFFFu;
+   std::uint32_t head = kNone;
+   std::uint32_t tail = kNone;
+   std::uint32_t size = 0;
+};
+// A route's place in one RouteList.
+struct RouteLink {
+   std::uint32_t prev = RouteList::kNone;
+   std::uint32_t next = RouteList::kNone;
+};
+
 // The transit machine's bookkeeping objects. They hold each other by counted references in both
 // directions (an L3 adjacency holds its L2 adjacency, external FEC and backup; those hold the L3
 // adjacencies in their sets); the cycles are broken by the deletion order of the state machine,
@@ -61,11 +78,10 @@ class L3Adjacency : public Kor::PtrInterface {
    std::size_t nextHops() const { return nextHop_.size(); }
    const Kor::HashSet<IpAddrIntfId>& nextHopSet() const { return nextHop_; }
 
-   bool routeKey(const Mpls::RouteKey& k) const { return routeKey_.contains(k); }
-   void routeKeyIs(const Mpls::RouteKey& k) { routeKey_.insert(k); }
-   bool routeKeyDel(const Mpls::RouteKey& k) { return routeKey_.erase(k) != 0; }
-   std::size_t routeKeys() const { return routeKey_.size(); }
-   const RouteKeySet& routeKeySet() const { return routeKey_; }
+   // The routes that use the adjacency (VrfMplsState walks and changes the list).
+   std::size_t routeKeys() const { return routes_.size; }
+   const RouteList& routeList() const { return routes_; }
+   RouteList& routeList() { return routes_; }
 
    bool primaryAdj(std::uint64_t index) const { return primaryAdj_.contains(index); }
    void primaryAdjIs(std::uint64_t index) { primaryAdj_.insert(index); }
@@ -75,6 +91,17 @@ class L3Adjacency : public Kor::PtrInterface {
 
    const L3AdjacencyPtr& backupAdj() const { return backupAdj_; }
    void backupAdjIs(L3AdjacencyPtr v) { backupAdj_ = std::move(v); }
+
+   // Whether the via set passed the sanity check in review pass `pass` (0: not checked). The LFIB
+   // does not change during a pass, so the routes of one via set need the check once per pass.
+   bool viaSetSaneInPass(std::uint64_t pass, bool& sane) const {
+      sane = viaSetSane_;
+      return pass != 0 && saneCheckPass_ == pass;
+   }
+   void viaSetSaneInPassIs(std::uint64_t pass, bool sane) {
+      saneCheckPass_ = pass;
+      viaSetSane_ = sane;
+   }
 
  private:
    std::uint64_t index_;
@@ -86,9 +113,11 @@ class L3Adjacency : public Kor::PtrInterface {
    Kor::HashSet<IpAddrIntfId> nextHop_;
    Kor::Ptr<Mpls::Hardware::L2Adjacency> hwL2Adjacency_;
    bool unprogrammed_ = false;
-   RouteKeySet routeKey_;
+   RouteList routes_;
    Kor::HashSet<std::uint64_t> primaryAdj_;
    L3AdjacencyPtr backupAdj_;
+   std::uint64_t saneCheckPass_ = 0;
+   bool viaSetSane_ = false;
 };
 
 // One per distinct resolved layer-2 via set in a VRF: the unit programmed to hardware. L3
@@ -107,17 +136,16 @@ class MplsL2Adjacency : public Kor::PtrInterface {
    std::size_t l3Adjacencies() const { return l3Adjacency_.size(); }
    const L3AdjacencySet& l3AdjacencySet() const { return l3Adjacency_; }
 
-   bool routeKey(const Mpls::RouteKey& k) const { return routeKey_.contains(k); }
-   void routeKeyIs(const Mpls::RouteKey& k) { routeKey_.insert(k); }
-   bool routeKeyDel(const Mpls::RouteKey& k) { return routeKey_.erase(k) != 0; }
-   std::size_t routeKeys() const { return routeKey_.size(); }
-   const RouteKeySet& routeKeySet() const { return routeKey_; }
+   // The routes programmed through the adjacency (VrfMplsState walks and changes the list).
+   std::size_t routeKeys() const { return routes_.size; }
+   const RouteList& routeList() const { return routes_; }
+   RouteList& routeList() { return routes_; }
 
  private:
    std::uint64_t index_;
    Mpls::Hardware::L2ViaSet l2ViaSet_;
    L3AdjacencySet l3Adjacency_;
-   RouteKeySet routeKey_;
+   RouteList routes_;
 };
 
 // One per next hop in use in a VRF, with the L3 adjacencies that resolve through it in each of

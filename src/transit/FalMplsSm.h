@@ -186,7 +186,7 @@ class MplsSm : public Kor::Entity {
    void maybeLogOwedResourceNormal();
    // Whether the route helper held a route of this adjacency when this incarnation took it up
    // (and has not been reconciled yet).
-   bool helperHeldRouteOf(const L3Adjacency& l3Adj) const;
+   bool helperHeldRouteOf(const VrfMplsState& vrf, const L3Adjacency& l3Adj) const;
    // One route (or L2 adjacency) more (1) or fewer (-1) among the VRF's unprogrammed ones, with
    // the FULL/NORMAL logs and traces of the total's passage through zero.
    void unprogrammedCountChanged(VrfMplsState& vrf, int delta, const MplsHwVrfStatus* status,
@@ -216,6 +216,8 @@ class MplsSm : public Kor::Entity {
    Kor::Ptr<const CachedLFibMplsViaColl> getSaneMplsIpLFibVias(
        const Mpls::LfibViaSet& lFibViaSet) const;
    bool isLFibViaSetSane(const Mpls::LfibViaSet& lFibViaSet) const;
+   // The same, asked once per review pass of the via set's L3 adjacency `l3Adj` (may be null).
+   bool isLFibViaSetSane(const Mpls::LfibViaSet& lFibViaSet, L3Adjacency* l3Adj) const;
    static L3AdjLFibAdjType findL3AdjLFibAdjType(const CachedLFibMplsViaColl* lFibVias);
    static bool hasNHGAdj(const CachedLFibMplsViaColl& lFibVias);
    static bool hasDynamicTunnelAdj(const CachedLFibMplsViaColl& lFibVias);
@@ -242,15 +244,21 @@ class MplsSm : public Kor::Entity {
                            const CachedLFibMplsViaColl& lFibVias);
 
    // Next hops and L2 adjacencies.
-   Mpls::Hardware::L2ViaSet resolveNextHop(VrfMplsState& vrf, const L3AdjacencyPtr& l3Adj,
-                                           const Mpls::LfibMplsVia& via, std::size_t nVias,
-                                           Mpls::Hardware::Adjacency& hwAdj);
-   Mpls::Hardware::L2ViaSet resolveNextHopWithMNHSM(VrfMplsState& vrf, const L3AdjacencyPtr& l3Adj,
-                                                    const Mpls::LfibMplsVia& via, std::size_t nVias,
-                                                    Mpls::Hardware::Adjacency& hwAdj);
-   Mpls::Hardware::L2ViaSet resolveNextHopWithRR(VrfMplsState& vrf, const L3AdjacencyPtr& l3Adj,
-                                                 const Mpls::LfibMplsVia& via, std::size_t nVias,
-                                                 Mpls::Hardware::Adjacency& hwAdj);
+   // Each adds the via's resolution to `l2ViaSet` and `hwAdj` and returns true when the next
+   // hop resolves; either way the adjacency counts among the next hop's users.
+   bool resolveNextHop(VrfMplsState& vrf, const L3AdjacencyPtr& l3Adj, const Mpls::LfibMplsVia& via,
+                       std::size_t nVias, Mpls::Hardware::L2ViaSet& l2ViaSet,
+                       Mpls::Hardware::Adjacency& hwAdj);
+   bool resolveNextHopWithMNHSM(VrfMplsState& vrf, const L3AdjacencyPtr& l3Adj,
+                                const Mpls::LfibMplsVia& via, std::size_t nVias,
+                                Mpls::Hardware::L2ViaSet& l2ViaSet,
+                                Mpls::Hardware::Adjacency& hwAdj);
+   bool resolveNextHopWithRR(VrfMplsState& vrf, const L3AdjacencyPtr& l3Adj,
+                             const Mpls::LfibMplsVia& via, std::size_t nVias,
+                             Mpls::Hardware::L2ViaSet& l2ViaSet, Mpls::Hardware::Adjacency& hwAdj);
+   // Lets go of the next hops that the adjacency no longer resolves through.
+   void dropUnusedNextHops(VrfMplsState& vrf, const L3AdjacencyPtr& l3Adj,
+                           const CachedLFibMplsViaColl& vias);
    MplsL2AdjacencyPtr newL2Adjacency(VrfMplsState& vrf);
    void progHwL2Adj(const L3::VrfName& vrf, const L2AdjacencyPtr& hwL2Adjacency);
    void processL2Adj(VrfMplsState& vrf, std::uint64_t index);
@@ -274,8 +282,9 @@ class MplsSm : public Kor::Entity {
    void processHwFecIdResponse(Memtab::Fib::FecId fecId, VrfMplsState& vrf);
 
    // Bookkeeping and deletion.
-   void addRouteKeyToL2Adj(const Mpls::RouteKey& key, const MplsL2AdjacencyPtr& l2Adj);
-   void deleteRouteKeyFromL2Adj(const Mpls::RouteKey& key, const MplsL2AdjacencyPtr& l2Adj);
+   void addRouteKeyToL2Adj(VrfMplsState& vrf, MplsRoute& route, const MplsL2AdjacencyPtr& l2Adj);
+   void deleteRouteKeyFromL2Adj(VrfMplsState& vrf, MplsRoute& route,
+                                const MplsL2AdjacencyPtr& l2Adj);
    void addRouteKeyToExtFecInfo(const Mpls::RouteKey& key, const ExternalFecInfoPtr& extFecInfo);
    void deleteRouteKeyFromExtFecInfo(VrfMplsState& vrf, const Mpls::RouteKey& key,
                                      const ExternalFecInfoPtr& extFecInfo);
@@ -363,6 +372,8 @@ class MplsSm : public Kor::Entity {
    double currentReviewInterval_ = 0.001;
    Kor::OrderedSet<L3::VrfName> vrfForReview_;
    std::uint64_t reviewCount_ = 0;
+   // The pass under way (reviewCount_ then), 0 outside a pass.
+   std::uint64_t passUnderWay_ = 0;
    double reviewEndTime_ = 0.0;
    std::uint64_t adjacencyIndex_ = 0;
    Kor::HashMap<Mpls::Hardware::L2ViaSet, Kor::Ptr<Mpls::Hardware::L2Adjacency>> viaSetToHwL2Adj_;

@@ -6,14 +6,16 @@
 
 namespace Fal {
 
-void MplsSm::addRouteKeyToL2Adj(const Mpls::RouteKey& key, const MplsL2AdjacencyPtr& l2Adj) {
-   SM_TRACE(8, "add routeKey " << key << " to l2Adj " << l2Adj->index());
-   l2Adj->routeKeyIs(key);
+void MplsSm::addRouteKeyToL2Adj(VrfMplsState& vrf, MplsRoute& route,
+                                const MplsL2AdjacencyPtr& l2Adj) {
+   SM_TRACE(8, "add routeKey " << route.routeKey() << " to l2Adj " << l2Adj->index());
+   vrf.routeLinkIs(*l2Adj, route);
 }
 
-void MplsSm::deleteRouteKeyFromL2Adj(const Mpls::RouteKey& key, const MplsL2AdjacencyPtr& l2Adj) {
-   SM_TRACE(8, "delete routeKey " << key << " from l2Adj " << l2Adj->index());
-   l2Adj->routeKeyDel(key);
+void MplsSm::deleteRouteKeyFromL2Adj(VrfMplsState& vrf, MplsRoute& route,
+                                     const MplsL2AdjacencyPtr& l2Adj) {
+   SM_TRACE(8, "delete routeKey " << route.routeKey() << " from l2Adj " << l2Adj->index());
+   vrf.routeUnlink(*l2Adj, route);
 }
 
 void MplsSm::addRouteKeyToExtFecInfo(const Mpls::RouteKey& key,
@@ -68,18 +70,18 @@ void MplsSm::cleanupL3AdjInfo(VrfMplsState& vrf, const L3AdjacencyPtr& l3Adj,
       ExternalFecInfoPtr info = l3Adj->extFecInfo();
       l3Adj->extFecInfoIs(nullptr);
       info->dependentL3AdjacencyDel(l3Adj);
-      for (const auto& key : l3Adj->routeKeySet()) {
+      vrf.forEachRoute(*l3Adj, [&](const Mpls::RouteKey& key, MplsRoute& listed) {
          info->dependentRouteKeyDel(key);
-         if (auto route = vrf.route(key); route && route->extFecInfo() == info) {
+         if (listed.extFecInfo() == info) {
             // The route no longer forwards into this FEC, which may be withdrawn below: the
             // platform lets go of the route first. Its review programs it anew.
-            route->extFecInfoIs(nullptr);
-            route->unprogrammedIs(true);
+            listed.extFecInfoIs(nullptr);
+            listed.unprogrammedIs(true);
             if (mplsSmHelper_) {
                mplsSmHelper_->deleteRoute(key);
             }
          }
-      }
+      });
       maybeDeleteExtFecInfo(vrf, info->fecId());
    }
 }
@@ -123,12 +125,11 @@ void MplsSm::deleteL3Adj(VrfMplsState& vrf, std::uint64_t index) {
 bool MplsSm::l2AdjReferencedByConfig(VrfMplsState& vrf, const MplsL2Adjacency& l2Adj) {
    auto hwL2 = routingHwMplsStatus_->l2Adjacency(l2Adj.index());
    auto config = falMplsHwVrfConfig(vrf.vrfName());
-   for (const auto& key : l2Adj.routeKeySet()) {
-      if (config->route(key).l2Adjacency() == hwL2) {
-         return true;
-      }
-   }
-   return false;
+   bool referenced = false;
+   vrf.forEachRoute(l2Adj, [&](const Mpls::RouteKey& key, const MplsRoute&) {
+      referenced = referenced || config->route(key).l2Adjacency() == hwL2;
+   });
+   return referenced;
 }
 
 void MplsSm::maybeDeleteL2Adj(VrfMplsState& vrf, std::uint64_t index) {

@@ -20,6 +20,12 @@ const L3::VrfName& defaultVrf() {
 
 void MplsSm::watchNextHop(VrfMplsState& vrf, const IpAddrIntfId& nh, const L3AdjacencyPtr& l3Adj,
                           bool byRouteResolver) {
+   // Already among the next hop's users: the key names the mode (no interface: the route
+   // resolver), so the adjacency sits in the right set and the next hop is watched. An adjacency
+   // reviewed again, after a neighbour's MAC moved say, keeps its registrations as they are.
+   if (l3Adj->nextHop(nh)) {
+      return;
+   }
    Kor::Ptr<MplsNextHop> nextHop = vrf.mplsNextHop(nh);
    bool first = !nextHop || nextHop->unused();
    if (!nextHop) {
@@ -107,20 +113,19 @@ Mpls::Hardware::Via resolvedVia(const Mpls::LfibMplsVia& via, const NextHopInfo&
 
 }  // namespace
 
-Mpls::Hardware::L2ViaSet MplsSm::resolveNextHop(VrfMplsState& vrf, const L3AdjacencyPtr& l3Adj,
-                                                const Mpls::LfibMplsVia& via, std::size_t nVias,
-                                                Mpls::Hardware::Adjacency& hwAdj) {
+bool MplsSm::resolveNextHop(VrfMplsState& vrf, const L3AdjacencyPtr& l3Adj,
+                            const Mpls::LfibMplsVia& via, std::size_t nVias,
+                            Mpls::Hardware::L2ViaSet& l2ViaSet, Mpls::Hardware::Adjacency& hwAdj) {
    if (via.intf() == Wire::IntfId()) {
-      return resolveNextHopWithRR(vrf, l3Adj, via, nVias, hwAdj);
+      return resolveNextHopWithRR(vrf, l3Adj, via, nVias, l2ViaSet, hwAdj);
    }
-   return resolveNextHopWithMNHSM(vrf, l3Adj, via, nVias, hwAdj);
+   return resolveNextHopWithMNHSM(vrf, l3Adj, via, nVias, l2ViaSet, hwAdj);
 }
 
-Mpls::Hardware::L2ViaSet MplsSm::resolveNextHopWithMNHSM(VrfMplsState& vrf,
-                                                         const L3AdjacencyPtr& l3Adj,
-                                                         const Mpls::LfibMplsVia& via,
-                                                         std::size_t nVias,
-                                                         Mpls::Hardware::Adjacency& hwAdj) {
+bool MplsSm::resolveNextHopWithMNHSM(VrfMplsState& vrf, const L3AdjacencyPtr& l3Adj,
+                                     const Mpls::LfibMplsVia& via, std::size_t nVias,
+                                     Mpls::Hardware::L2ViaSet& l2ViaSet,
+                                     Mpls::Hardware::Adjacency& hwAdj) {
    const Wire::IpGenAddr& nextHop = via.nextHop();
    NextHopKey key(nextHop, via.intf());
    NextHopInfo info = falL3Status_->nextHopInfo(key);
@@ -131,9 +136,8 @@ Mpls::Hardware::L2ViaSet MplsSm::resolveNextHopWithMNHSM(VrfMplsState& vrf,
                                                          << nVias << " l3 adj " << l3Adj->index());
    FAL_ASSERT(nextHop.af() == Wire::ipv4() || nextHop.af() == Wire::ipv6());
    watchNextHop(vrf, IpAddrIntfId(nextHop, via.intf()), l3Adj, false);
-   Mpls::Hardware::L2ViaSet l2ViaSet;
    if (!info.resolved()) {
-      return l2ViaSet;
+      return false;
    }
    SM_TRACE(8, "nexthop resolved: nexthop " << nextHop << " vlanId " << info.vlanId() << " l2Intf "
                                             << info.l2Intf() << " macAddr " << info.macAddr());
@@ -141,14 +145,13 @@ Mpls::Hardware::L2ViaSet MplsSm::resolveNextHopWithMNHSM(VrfMplsState& vrf,
    hwVia.l3IntfIs(via.intf());
    hwVia.flagsIs(falL3Status_->intfIdToL3Id(via.intf()));
    hwAdj.viaIs(hwVia, true);
-   return l2ViaSet;
+   return true;
 }
 
-Mpls::Hardware::L2ViaSet MplsSm::resolveNextHopWithRR(VrfMplsState& vrf,
-                                                      const L3AdjacencyPtr& l3Adj,
-                                                      const Mpls::LfibMplsVia& via,
-                                                      std::size_t nVias,
-                                                      Mpls::Hardware::Adjacency& hwAdj) {
+bool MplsSm::resolveNextHopWithRR(VrfMplsState& vrf, const L3AdjacencyPtr& l3Adj,
+                                  const Mpls::LfibMplsVia& via, std::size_t nVias,
+                                  Mpls::Hardware::L2ViaSet& l2ViaSet,
+                                  Mpls::Hardware::Adjacency& hwAdj) {
    const Wire::IpGenAddr& nextHop = via.nextHop();
    VrfId vrfId = vrfIdOf(vrf.vrfName());
    SM_TRACE(8, "resolve nexthop with routeResolver vrf " << vrfId << " nextHop " << nextHop
@@ -160,13 +163,12 @@ Mpls::Hardware::L2ViaSet MplsSm::resolveNextHopWithRR(VrfMplsState& vrf,
    ResolvedNexthop resolved = nextHop.af() == Wire::ipv4()
                                   ? falL3Status_->resolvedV4(VrfAndIpAddr(vrfId, nextHop.v4Addr()))
                                   : falL3Status_->resolvedV6(VrfAndIpGenAddr(vrfId, nextHop));
-   Mpls::Hardware::L2ViaSet l2ViaSet;
    bool allowDefault = mplsStatus_ && mplsStatus_->nexthopResolutionAllowDefaultRoute();
    if (!resolved.resolved() || !resolved.hasNexthop() ||
        (resolved.viaDefaultRoute() && !allowDefault)) {
       SM_TRACE(8, "nexthop " << nextHop << " nexthop type " << resolved.nexthopType());
       SM_TRACE(8, "nexthop " << nextHop << " arp not resolved");
-      return l2ViaSet;
+      return false;
    }
    SM_TRACE(8, "nexthop " << resolved.nexthop() << " nexthop type " << resolved.nexthopType());
    NextHopKey gateway(resolved.nexthop(), resolved.l3Intf());
@@ -175,7 +177,7 @@ Mpls::Hardware::L2ViaSet MplsSm::resolveNextHopWithRR(VrfMplsState& vrf,
    if (!info.resolved()) {
       SM_TRACE(8, "nexthop " << nextHop << " arp not resolved");
       SM_DECISION(9, "nexthop " << nextHop << " arp is not resolved");
-      return l2ViaSet;
+      return false;
    }
    SM_TRACE(8, "hw l2 via vlan " << info.vlanId() << " intf " << info.l2Intf() << " mac "
                                  << info.macAddr());
@@ -183,7 +185,7 @@ Mpls::Hardware::L2ViaSet MplsSm::resolveNextHopWithRR(VrfMplsState& vrf,
    hwVia.resolvedAddrIs(resolved.nexthop());
    hwVia.l3IntfIs(resolved.l3Intf());
    hwAdj.viaIs(hwVia, true);
-   return l2ViaSet;
+   return true;
 }
 
 // ---- From resolved vias to a shared L2 adjacency.
@@ -198,38 +200,17 @@ MplsL2AdjacencyPtr MplsSm::processMplsIpL3Adj(VrfMplsState& vrf, const L3Adjacen
    Kor::Ptr<Mpls::Hardware::Adjacency> hwAdj = routingHwMplsStatus_->adjacencyIs(l3Adj->index());
    hwAdj->viaDelAll();
 
-   Kor::HashSet<IpAddrIntfId> nextHops;
    Mpls::Hardware::L2ViaSet l2ViaSet;
    bool allResolved = true;
    for (const auto& [position, via] : vias.viaMap()) {
-      nextHops.insert(IpAddrIntfId(via.nextHop(), via.intf()));
-      Mpls::Hardware::L2ViaSet part = resolveNextHop(vrf, l3Adj, via, vias.vias(), *hwAdj);
-      if (part.empty()) {
+      if (!resolveNextHop(vrf, l3Adj, via, vias.vias(), l2ViaSet, *hwAdj)) {
          allResolved = false;
-      }
-      for (const auto& l2Via : part) {
-         l2ViaSet.l2ViaIs(l2Via, true);
       }
    }
    const auto& first = vias.viaMap().begin()->second;
    l3Adj->labelActionIs(first.labelAction());
    l3Adj->payloadTypeIs(first.payloadType());
-
-   // Next hops the via set no longer names stop counting this adjacency among their users.
-   std::vector<IpAddrIntfId> dropped;
-   for (const auto& nh : l3Adj->nextHopSet()) {
-      if (!nextHops.contains(nh)) {
-         dropped.push_back(nh);
-      }
-   }
-   for (const auto& nh : dropped) {
-      if (auto nextHop = vrf.mplsNextHop(nh)) {
-         nextHop->resolvedByRRDel(l3Adj);
-         nextHop->resolvedByMNHDel(l3Adj);
-      }
-      l3Adj->nextHopDel(nh);
-      unwatchNextHopIfUnused(vrf, nh);
-   }
+   dropUnusedNextHops(vrf, l3Adj, vias);
 
    // Program a via set only when every next hop resolves: a partial set would send the share of
    // traffic of the missing vias to the others without the control plane knowing.
@@ -265,6 +246,52 @@ MplsL2AdjacencyPtr MplsSm::processMplsIpL3Adj(VrfMplsState& vrf, const L3Adjacen
    l3Adj->hwL2AdjacencyIs(routingHwMplsStatus_->l2Adjacency(l2Adj->index()));
    hwAdj->l2AdjacencyIs(l3Adj->hwL2Adjacency());
    return l2Adj;
+}
+
+void MplsSm::dropUnusedNextHops(VrfMplsState& vrf, const L3AdjacencyPtr& l3Adj,
+                                const CachedLFibMplsViaColl& vias) {
+   // Every next hop of the vias is among the adjacency's now, so it has more exactly when the
+   // via set no longer names some of them. Counting the distinct next hops of a few vias by
+   // comparing them pairwise is cheaper than a set; the common review (nothing dropped) ends here.
+   const auto& entries = vias.viaMap();
+   constexpr std::size_t kPairwise = 16;
+   if (entries.size() <= kPairwise) {
+      std::size_t distinct = 0;
+      for (std::size_t i = 0; i < entries.size(); ++i) {
+         const auto& a = entries[i].second;
+         bool seen = false;
+         for (std::size_t j = 0; j < i && !seen; ++j) {
+            const auto& b = entries[j].second;
+            seen = b.nextHop() == a.nextHop() && b.intf() == a.intf();
+         }
+         distinct += seen ? 0 : 1;
+      }
+      if (l3Adj->nextHops() == distinct) {
+         return;
+      }
+   }
+   Kor::HashSet<IpAddrIntfId> named;
+   for (const auto& [position, via] : entries) {
+      named.insert(IpAddrIntfId(via.nextHop(), via.intf()));
+   }
+   if (named.size() == l3Adj->nextHops()) {
+      return;
+   }
+   // Next hops the via set no longer names stop counting this adjacency among their users.
+   std::vector<IpAddrIntfId> dropped;
+   for (const auto& nh : l3Adj->nextHopSet()) {
+      if (!named.contains(nh)) {
+         dropped.push_back(nh);
+      }
+   }
+   for (const auto& nh : dropped) {
+      if (auto nextHop = vrf.mplsNextHop(nh)) {
+         nextHop->resolvedByRRDel(l3Adj);
+         nextHop->resolvedByMNHDel(l3Adj);
+      }
+      l3Adj->nextHopDel(nh);
+      unwatchNextHopIfUnused(vrf, nh);
+   }
 }
 
 namespace {
@@ -312,7 +339,7 @@ MplsL2AdjacencyPtr MplsSm::tryInPlaceUpdate(VrfMplsState& vrf, const L3Adjacency
    }
    auto mapped = viaSetToHwL2Adj_.find(current->l2ViaSet());
    if (mapped != viaSetToHwL2Adj_.end() && mapped->second == hwL2) {
-      viaSetToHwL2AdjDel(current->l2ViaSet());
+      viaSetToHwL2Adj_.erase(mapped);
    }
    SM_DECISION(5, "in place update of l2 adj " << current->index());
    current->l2ViaSetIs(l2ViaSet);
@@ -364,7 +391,7 @@ void MplsSm::processL2Adj(VrfMplsState& vrf, std::uint64_t index) {
       auto hwL2 = routingHwMplsStatus_->l2Adjacency(index);
       auto mapped = viaSetToHwL2Adj_.find(l2Adj->l2ViaSet());
       if (mapped != viaSetToHwL2Adj_.end() && mapped->second == hwL2) {
-         viaSetToHwL2AdjDel(l2Adj->l2ViaSet());
+         viaSetToHwL2Adj_.erase(mapped);
       }
       SM_TRACE(5, "delete l2 adj");
       maybeDeleteL2Adj(vrf, index);

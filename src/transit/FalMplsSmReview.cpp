@@ -92,6 +92,7 @@ void MplsSm::doMaybeScheduleReview(const L3::VrfName& vrf) {
 void MplsSm::doReviewVrfs() {
    clock_->timeMinIs(Kor::Clock::never());
    ++reviewCount_;
+   passUnderWay_ = reviewCount_;
    double start = clock_->now();
    reviewEndTime_ = start + reviewQuanta_;
    // The VRFs asking for review when the pass starts; one that asks again during its own review
@@ -108,6 +109,7 @@ void MplsSm::doReviewVrfs() {
          break;
       }
    }
+   passUnderWay_ = 0;
    reviewPassEnded(start);
 }
 
@@ -294,16 +296,15 @@ void MplsSm::maybeLogOwedResourceNormal() {
    }
 }
 
-bool MplsSm::helperHeldRouteOf(const L3Adjacency& l3Adj) const {
+bool MplsSm::helperHeldRouteOf(const VrfMplsState& vrf, const L3Adjacency& l3Adj) const {
    if (routeHelperReconciled_) {
       return false;
    }
-   for (const auto& key : l3Adj.routeKeySet()) {
-      if (helperHeldRoutes_.contains(key)) {
-         return true;
-      }
-   }
-   return false;
+   bool held = false;
+   vrf.forEachRoute(l3Adj, [&](const Mpls::RouteKey& key, const MplsRoute&) {
+      held = held || helperHeldRoutes_.contains(key);
+   });
+   return held;
 }
 
 void MplsSm::doMaybeScheduleReviewOrDeleteVrfState(const L3::VrfName& vrfName) {

@@ -143,7 +143,17 @@ void MplsSm::processRouteKey(VrfMplsState& vrf, const Mpls::RouteKey& routeKey) 
    const Mpls::LfibRoute* lfibRoute = transitLfib_->lfibRoutePtr(routeKey);
    const Mpls::LfibViaSet* viaSet =
        lfibRoute ? transitLfib_->viaSetPtr(lfibRoute->viaSetKey()) : nullptr;
-   if (!lfibRoute || (viaSet && !isLFibViaSetSane(*viaSet)) ||
+   // The adjacency of the route's via set: the route's own while its via set stays, else the
+   // one the via set already has (null if none). It also keeps the sanity check's answer for the
+   // rest of the pass.
+   L3AdjacencyPtr ofViaSet;
+   if (lfibRoute) {
+      const L3AdjacencyPtr& current = route->l3Adj();
+      ofViaSet = current && current->lFibViaSetKey() == lfibRoute->viaSetKey()
+                     ? current
+                     : vrf.l3AdjacencyOfViaSet(lfibRoute->viaSetKey());
+   }
+   if (!lfibRoute || (viaSet && !isLFibViaSetSane(*viaSet, ofViaSet.ptr())) ||
        !(lfibRoute->viaSetKey().viaType() == Mpls::viaTypeMplsIp_ ||
          lfibRoute->viaSetKey().viaType() == Mpls::viaTypeExternalFec_)) {
       SM_DECISION(5, "route (" << routeKey << ") does not exist in system LFIB or via not sane ");
@@ -163,9 +173,7 @@ void MplsSm::processRouteKey(VrfMplsState& vrf, const Mpls::RouteKey& routeKey) 
       oldAdj = l3Adj;
       SM_TRACE(5, "adj changed");
       SM_TRACE(5, "viaSetKey changed to " << viaSetKey);
-      l3Adj = vrf.lFibViaSetToL3AdjHas(viaSetKey)
-                  ? vrf.l3Adjacency(vrf.lFibViaSetToL3Adj(viaSetKey))
-                  : nullptr;
+      l3Adj = ofViaSet;
       if (!l3Adj) {
          l3Adj = newL3Adjacency(vrf);
          l3Adj->lFibViaSetKeyIs(viaSetKey);
@@ -173,7 +181,12 @@ void MplsSm::processRouteKey(VrfMplsState& vrf, const Mpls::RouteKey& routeKey) 
          vrf.l3AdjForReviewIs(l3Adj->index(), true);
          vrf.lFibViaSetToL3AdjIs(viaSetKey, l3Adj->index());
       }
-      l3Adj->routeKeyIs(routeKey);
+      // A route is in one adjacency's list at a time: it leaves the old one here, and the old
+      // adjacency is reviewed once the route has moved (below).
+      if (oldAdj) {
+         vrf.routeUnlink(*oldAdj, *route);
+      }
+      vrf.routeLinkIs(*l3Adj, *route);
       SM_TRACE(5, "L3 adj index " << l3Adj->index());
       route->l3AdjIs(l3Adj);
    }
@@ -206,7 +219,7 @@ void MplsSm::processRouteKey(VrfMplsState& vrf, const Mpls::RouteKey& routeKey) 
          }
          clearRouteMappings(vrf, routeKey);
          route->l2AdjIs(l2Adj);
-         addRouteKeyToL2Adj(routeKey, l2Adj);
+         addRouteKeyToL2Adj(vrf, *route, l2Adj);
       }
    } else if (forwardingIntoExternalFecsSupported() && extFec && extFec->fecId().isValid() &&
               mplsSmHelper_) {
@@ -266,7 +279,6 @@ void MplsSm::processRouteKey(VrfMplsState& vrf, const Mpls::RouteKey& routeKey) 
 
    if (oldAdj && oldAdj != l3Adj) {
       SM_TRACE(5, "remove routeKey " << routeKey << " from l3Adj index " << oldAdj->index());
-      oldAdj->routeKeyDel(routeKey);
       vrf.l3AdjForReviewIs(oldAdj->index(), true);
    }
 }
@@ -334,7 +346,7 @@ void MplsSm::deleteRouteKeyAndRoute(VrfMplsState& vrf, const Mpls::RouteKey& rou
    if (route) {
       clearRouteMappings(vrf, routeKey);
       if (const auto& l3Adj = route->l3Adj()) {
-         l3Adj->routeKeyDel(routeKey);
+         vrf.routeUnlink(*l3Adj, *route);
          vrf.l3AdjForReviewIs(l3Adj->index(), true);
          route->l3AdjIs(nullptr);
       }
@@ -356,8 +368,8 @@ void MplsSm::clearRouteMappings(VrfMplsState& vrf, const Mpls::RouteKey& routeKe
    }
    if (route->l2Adj()) {
       MplsL2AdjacencyPtr l2Adj = route->l2Adj();
+      deleteRouteKeyFromL2Adj(vrf, *route, l2Adj);
       route->l2AdjIs(nullptr);
-      deleteRouteKeyFromL2Adj(routeKey, l2Adj);
    }
    if (route->extFecInfo()) {
       ExternalFecInfoPtr extFec = route->extFecInfo();

@@ -169,10 +169,10 @@ L3AdjacencyPtr MplsSm::newL3Adjacency(VrfMplsState& vrf) {
 }
 
 void MplsSm::l3AdjRoutesForReview(VrfMplsState& vrf, const L3Adjacency& l3Adj) {
-   for (const auto& routeKey : l3Adj.routeKeySet()) {
+   vrf.forEachRoute(l3Adj, [&](const Mpls::RouteKey& routeKey, const MplsRoute&) {
       SM_TRACE(8, "add routeKey " << routeKey << " for review");
       vrf.routeKeyForReviewIs(routeKey, true);
-   }
+   });
 }
 
 void MplsSm::processL3Adj(VrfMplsState& vrf, std::uint64_t index) {
@@ -265,7 +265,7 @@ L3AdjPlan MplsSm::classifyL3Adj(const VrfMplsState& vrf, const L3Adjacency& l3Ad
       // programmed through. After a restart a primary whose routes the route helper still holds
       // is in the same place: it gets its FEC now, so that the helper's routes are rewritten in
       // place rather than deleted until the backup is ready.
-      if (plan.backingOff() && (l3Adj.extFecInfo() || helperHeldRouteOf(l3Adj))) {
+      if (plan.backingOff() && (l3Adj.extFecInfo() || helperHeldRouteOf(vrf, l3Adj))) {
          SM_DECISION(1,
                      "l3 adj " << l3Adj.index() << " keeps its FEC while its backup is not ready");
          plan.way = L3AdjPlan::Way::keepFec;
@@ -425,6 +425,7 @@ void MplsSm::maybeUpdateBackupAdjInfo(VrfMplsState& vrf, const L3AdjacencyPtr& l
 Kor::Ptr<const CachedLFibMplsViaColl> MplsSm::getSaneMplsIpLFibVias(
     const Mpls::LfibViaSet& viaSet) const {
    auto cache = Kor::make<CachedLFibMplsViaColl>();
+   cache->reserve(viaSet.vias());
    if (!checkMplsIpLFibVias(viaSet, cache.ptr())) {
       return nullptr;
    }
@@ -512,6 +513,18 @@ bool MplsSm::isLFibViaSetSane(const Mpls::LfibViaSet& viaSet) const {
    }
    // Every processed route asks this of its via set: answer without building the via cache.
    return checkMplsIpLFibVias(viaSet, nullptr);
+}
+
+bool MplsSm::isLFibViaSetSane(const Mpls::LfibViaSet& viaSet, L3Adjacency* l3Adj) const {
+   bool sane = false;
+   if (l3Adj && l3Adj->viaSetSaneInPass(passUnderWay_, sane)) {
+      return sane;
+   }
+   sane = isLFibViaSetSane(viaSet);
+   if (l3Adj && passUnderWay_ != 0) {
+      l3Adj->viaSetSaneInPassIs(passUnderWay_, sane);
+   }
+   return sane;
 }
 
 L3AdjLFibAdjType MplsSm::findL3AdjLFibAdjType(const CachedLFibMplsViaColl* vias) {

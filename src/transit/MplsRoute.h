@@ -38,10 +38,17 @@ class MplsRoute : public Kor::PtrInterface {
    void countedUnprogrammedIs(bool v) { countedUnprogrammed_ = v; }
    bool unprogramRequired() const { return unprogramRequired_; }
    void unprogramRequiredIs(bool v) { unprogramRequired_ = v; }
+   // The route's places in the route lists of its L3 and L2 adjacencies.
+   RouteLink& l3Link() { return l3Link_; }
+   const RouteLink& l3Link() const { return l3Link_; }
+   RouteLink& l2Link() { return l2Link_; }
+   const RouteLink& l2Link() const { return l2Link_; }
 
  private:
    Mpls::RouteKey routeKey_;
    std::int32_t metric_ = 0;
+   RouteLink l3Link_;
+   RouteLink l2Link_;
    bool unprogrammed_ = true;
    bool unprogramRequired_ = false;
    bool countedUnprogrammed_ = false;

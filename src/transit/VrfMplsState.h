@@ -43,6 +43,37 @@ class VrfMplsState : public Kor::Entity {
    // Plain maps.
    MPLSFWD_KEYED_ATTR(lFibViaSetToL3Adj, lFibViaSetToL3Adjs, Mpls::LfibViaSetKey, Kor::Unobserved{})
 
+   // The L3 adjacency of a via set, or null: one lookup.
+   L3AdjacencyPtr l3AdjacencyOfViaSet(const Mpls::LfibViaSetKey& k) const {
+      const std::uint64_t* index = lFibViaSetToL3Adj_.find(k);
+      return index ? l3Adjacency(*index) : nullptr;
+   }
+
+   // The route lists of the adjacencies, threaded through the route records: a route joins at
+   // the end of the list and leaves it in place. It must be in the VRF's route table meanwhile.
+   void routeLinkIs(L3Adjacency& adj, MplsRoute& route) {
+      append(adj.routeList(), route, &MplsRoute::l3Link);
+   }
+   void routeUnlink(L3Adjacency& adj, MplsRoute& route) {
+      remove(adj.routeList(), route, &MplsRoute::l3Link);
+   }
+   void routeLinkIs(MplsL2Adjacency& adj, MplsRoute& route) {
+      append(adj.routeList(), route, &MplsRoute::l2Link);
+   }
+   void routeUnlink(MplsL2Adjacency& adj, MplsRoute& route) {
+      remove(adj.routeList(), route, &MplsRoute::l2Link);
+   }
+   // Calls f(routeKey, route) for each route of the adjacency in list order; f may unlink the
+   // route it is given, not others.
+   template <class F>
+   void forEachRoute(const L3Adjacency& adj, F&& f) const {
+      walk(adj.routeList(), &MplsRoute::l3Link, f);
+   }
+   template <class F>
+   void forEachRoute(const MplsL2Adjacency& adj, F&& f) const {
+      walk(adj.routeList(), &MplsRoute::l2Link, f);
+   }
+
    // A zero id counts as absent.
    bool lFibViaSetToFecIdHas(const Mpls::LfibViaSetKey& k) const {
       return lFibViaSetToFecId(k).isValid();
@@ -156,6 +187,52 @@ class VrfMplsState : public Kor::Entity {
    }
 
  private:
+   using LinkOf = RouteLink& (MplsRoute::*)();
+   static std::uint32_t labelOf(const MplsRoute& route) {
+      return Kor::DenseIndex<Mpls::RouteKey>::index(route.routeKey());
+   }
+   // A listed route is in the route table (the lists are kept so), so its slot holds a record.
+   MplsRoute& recordAt(std::uint32_t label) const {
+      return **route_.find(Kor::DenseIndex<Mpls::RouteKey>::key(label));
+   }
+   void append(RouteList& list, MplsRoute& route, LinkOf linkOf) {
+      const std::uint32_t label = labelOf(route);
+      RouteLink& link = (route.*linkOf)();
+      link.prev = list.tail;
+      link.next = RouteList::kNone;
+      if (list.tail == RouteList::kNone) {
+         list.head = label;
+      } else {
+         (recordAt(list.tail).*linkOf)().next = label;
+      }
+      list.tail = label;
+      ++list.size;
+   }
+   void remove(RouteList& list, MplsRoute& route, LinkOf linkOf) {
+      RouteLink& link = (route.*linkOf)();
+      if (link.prev == RouteList::kNone) {
+         list.head = link.next;
+      } else {
+         (recordAt(link.prev).*linkOf)().next = link.next;
+      }
+      if (link.next == RouteList::kNone) {
+         list.tail = link.prev;
+      } else {
+         (recordAt(link.next).*linkOf)().prev = link.prev;
+      }
+      link = RouteLink();
+      --list.size;
+   }
+   template <class F>
+   void walk(const RouteList& list, LinkOf linkOf, F& f) const {
+      for (std::uint32_t label = list.head; label != RouteList::kNone;) {
+         MplsRoute& route = recordAt(label);
+         const std::uint32_t next = (route.*linkOf)().next;
+         f(route.routeKey(), route);
+         label = next;
+      }
+   }
+
    template <class S, class K>
    static void setIs(S& set, const K& k, bool in) {
       if (in) {

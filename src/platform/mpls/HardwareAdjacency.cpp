@@ -1,15 +1,22 @@
 #include "HardwareAdjacency.h"
 
+#include <algorithm>
 #include <ostream>
 
 namespace Mpls::Hardware {
 
 void Adjacency::viaIs(const Via& via, bool present) {
-   if (present) {
-      via_.insert(via);
-   } else {
-      via_.erase(via);
+   auto it = std::lower_bound(via_.begin(), via_.end(), via);
+   const bool there = it != via_.end() && *it == via;
+   if (present && !there) {
+      via_.insert(it, via);
+   } else if (!present && there) {
+      via_.erase(it);
    }
+}
+
+bool Adjacency::via(const Via& via) const {
+   return std::binary_search(via_.begin(), via_.end(), via);
 }
 
 std::string Adjacency::stringValue() const {

@@ -6,7 +6,8 @@
 #include <string>
 #include <utility>
 
-#include <mplsfwd/kor/Collections.h>
+#include <vector>
+
 #include <mplsfwd/kor/Ptr.h>
 
 #include "HardwareL2Adjacency.h"
@@ -17,18 +18,19 @@ namespace Mpls::Hardware {
 // A hardware L3 adjacency: the vias that one LFIB via set resolved to and the L2 adjacency that
 // carries them. Created in the hardware status under the transit layer's adjacency index when
 // an L3 adjacency is made, refilled whenever the via set or its resolution changes, deleted with
-// the L3 adjacency. The vias form a set: adding an equal via twice keeps one.
+// the L3 adjacency. The vias form a set: adding an equal via twice keeps one. They are one sorted
+// array, refilled in place by every review of the adjacency without allocating.
 class Adjacency : public AdjacencyBase {
  public:
    using Ptr = Kor::Ptr<Adjacency>;
    using PtrConst = Kor::Ptr<const Adjacency>;
-   using Vias = Kor::OrderedSet<Via>;
+   using Vias = std::vector<Via>;
 
    explicit Adjacency(std::uint64_t index) : AdjacencyBase(index) {}
 
    // Adds (true) or removes (false) one via.
    void viaIs(const Via& via, bool present);
-   bool via(const Via& via) const { return via_.count(via) != 0; }
+   bool via(const Via& via) const;
    void viaDelAll() { via_.clear(); }
    std::size_t vias() const { return via_.size(); }
    const Vias& viaSet() const { return via_; }

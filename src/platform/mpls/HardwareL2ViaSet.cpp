@@ -1,5 +1,6 @@
 #include "HardwareL2ViaSet.h"
 
+#include <algorithm>
 #include <ostream>
 
 #include <mplsfwd/kor/Hash.h>
@@ -7,13 +8,19 @@
 namespace Mpls::Hardware {
 
 void L2ViaSet::l2ViaIs(const L2Via& via, bool present) {
-   if (present) {
-      if (members_.insert(via).second) {
-         hashed_ = false;
-      }
-   } else if (members_.erase(via) != 0) {
+   auto it = std::lower_bound(members_.begin(), members_.end(), via);
+   const bool there = it != members_.end() && *it == via;
+   if (present && !there) {
+      members_.insert(it, via);
+      hashed_ = false;
+   } else if (!present && there) {
+      members_.erase(it);
       hashed_ = false;
    }
+}
+
+bool L2ViaSet::l2Via(const L2Via& via) const {
+   return std::binary_search(members_.begin(), members_.end(), via);
 }
 
 std::size_t L2ViaSet::hash() const {

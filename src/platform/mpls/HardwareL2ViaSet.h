@@ -4,7 +4,7 @@
 #include <iosfwd>
 #include <string>
 
-#include <mplsfwd/kor/Collections.h>
+#include <vector>
 
 #include "HardwareL2Via.h"
 
@@ -14,16 +14,18 @@ namespace Mpls::Hardware {
 // next hops resolve to equal sets share one hardware L2 adjacency, so equality, ordering and
 // hash look at every member in that order. The hash is computed once per content and kept: the
 // sets are keys of the table that finds the adjacency to share, where a hash walked every
-// member's addresses and labels on every lookup, insertion and erasure.
+// member's addresses and labels on every lookup, insertion and erasure. The members are one
+// sorted array (a set holds a handful): copying a set, which every rewrite of an adjacency does
+// several times, is one allocation rather than one per member.
 class L2ViaSet {
  public:
-   using Members = Kor::OrderedSet<L2Via>;
+   using Members = std::vector<L2Via>;
 
    L2ViaSet() = default;
 
    // Adds (true) or removes (false) one via.
    void l2ViaIs(const L2Via& via, bool present);
-   bool l2Via(const L2Via& via) const { return members_.count(via) != 0; }
+   bool l2Via(const L2Via& via) const;
    void l2ViaDelAll() {
       members_.clear();
       hashed_ = false;
