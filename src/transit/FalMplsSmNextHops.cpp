@@ -201,6 +201,7 @@ MplsL2AdjacencyPtr MplsSm::processMplsIpL3Adj(VrfMplsState& vrf, const L3Adjacen
    hwAdj->viaDelAll();
 
    Mpls::Hardware::L2ViaSet l2ViaSet;
+   l2ViaSet.reserve(vias.vias());
    bool allResolved = true;
    for (const auto& [position, via] : vias.viaMap()) {
       if (!resolveNextHop(vrf, l3Adj, via, vias.vias(), l2ViaSet, *hwAdj)) {
@@ -338,13 +339,21 @@ MplsL2AdjacencyPtr MplsSm::tryInPlaceUpdate(VrfMplsState& vrf, const L3Adjacency
       return nullptr;
    }
    auto mapped = viaSetToHwL2Adj_.find(current->l2ViaSet());
-   if (mapped != viaSetToHwL2Adj_.end() && mapped->second == hwL2) {
-      viaSetToHwL2Adj_.erase(mapped);
-   }
    SM_DECISION(5, "in place update of l2 adj " << current->index());
    current->l2ViaSetIs(l2ViaSet);
    hwL2->l2ViaSetIs(l2ViaSet);
-   viaSetToHwL2AdjIs(l2ViaSet, hwL2);
+   if (mapped != viaSetToHwL2Adj_.end() && mapped->second == hwL2) {
+      // The sharing table's entry moves to the new set: its node and the key's storage are
+      // reused rather than freed and allocated again.
+      auto node = viaSetToHwL2Adj_.extract(mapped);
+      node.key() = l2ViaSet;
+      auto inserted = viaSetToHwL2Adj_.insert(std::move(node));
+      if (!inserted.inserted) {
+         inserted.position->second = hwL2;
+      }
+   } else {
+      viaSetToHwL2AdjIs(l2ViaSet, hwL2);
+   }
    vrf.l2AdjPendingForDeleteIs(current->index(), false);
    return current;
 }

@@ -6,6 +6,11 @@
 namespace Mpls::Hardware {
 
 void Adjacency::viaIs(const Via& via, bool present) {
+   // A review refills the vias in their order: each one then goes at the end, after one compare.
+   if (present && (via_.empty() || via_.back() < via)) {
+      via_.push_back(via);
+      return;
+   }
    auto it = std::lower_bound(via_.begin(), via_.end(), via);
    const bool there = it != via_.end() && *it == via;
    if (present && !there) {

@@ -8,6 +8,12 @@
 namespace Mpls::Hardware {
 
 void L2ViaSet::l2ViaIs(const L2Via& via, bool present) {
+   // A set filled in order takes each via at the end, after one compare.
+   if (present && (members_.empty() || members_.back() < via)) {
+      members_.push_back(via);
+      hashed_ = false;
+      return;
+   }
    auto it = std::lower_bound(members_.begin(), members_.end(), via);
    const bool there = it != members_.end() && *it == via;
    if (present && !there) {

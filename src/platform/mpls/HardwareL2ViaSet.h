@@ -30,6 +30,8 @@ class L2ViaSet {
       members_.clear();
       hashed_ = false;
    }
+   // Room for `n` vias, so that a set filled one via at a time allocates once.
+   void reserve(std::size_t n) { members_.reserve(n); }
    std::size_t l2Vias() const { return members_.size(); }
    bool empty() const { return members_.empty(); }
    const Members& members() const { return members_; }
