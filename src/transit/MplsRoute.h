@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <limits>
 
 #include <mplsfwd/kor/Ptr.h>
 #include <mplsfwd/mpls/RouteKey.h>
@@ -12,19 +13,60 @@ namespace Fal {
 // The transit machine's record of one route of one VRF. It lives here rather than with the other
 // shared value types because it holds the machine's own adjacency objects. It has no reactors.
 // A new route starts unprogrammed on purpose: only a confirmed programming clears the flag.
-class MplsRoute : public Kor::PtrInterface {
+//
+// There is one record per route, a million at full scale, so it is kept within a 64-byte heap
+// block: it is counted like the runtime's objects but has no virtual destructor (nothing derives
+// from it), and it holds its L2 adjacency or its external FEC, which are exclusive, in one field.
+class MplsRoute final {
  public:
    explicit MplsRoute(const Mpls::RouteKey& routeKey) : routeKey_(routeKey) {}
+   MplsRoute(const MplsRoute&) = delete;
+   MplsRoute& operator=(const MplsRoute&) = delete;
+
+   // Counted references, as Kor::PtrInterface counts them: the count is marked negative while the
+   // record is deleted, so that references taken and dropped meanwhile do not delete it twice.
+   std::int32_t references() const { return references_; }
+   bool isTornDown() const { return references_ < 0; }
+   void newRef() const {
+      if (references_ >= 0) {
+         ++references_;
+      }
+   }
+   void deleteRef() const {
+      if (references_ > 0 && --references_ == 0) {
+         references_ = kTearingDown;
+         delete this;
+      }
+   }
 
    const Mpls::RouteKey& routeKey() const { return routeKey_; }
    std::int32_t metric() const { return metric_; }
    void metricIs(std::int32_t v) { metric_ = v; }
    const L3AdjacencyPtr& l3Adj() const { return l3Adj_; }
    void l3AdjIs(L3AdjacencyPtr v) { l3Adj_ = std::move(v); }
-   const MplsL2AdjacencyPtr& l2Adj() const { return l2Adj_; }
-   void l2AdjIs(MplsL2AdjacencyPtr v) { l2Adj_ = std::move(v); }
-   const ExternalFecInfoPtr& extFecInfo() const { return extFecInfo_; }
-   void extFecInfoIs(ExternalFecInfoPtr v) { extFecInfo_ = std::move(v); }
+   // The L2 adjacency the route is programmed through, or the external FEC it is forwarded into;
+   // never both. Setting one replaces the other; clearing one leaves the other alone.
+   MplsL2AdjacencyPtr l2Adj() const {
+      return forwardedIntoFec_ ? nullptr : static_cast<MplsL2Adjacency*>(target_.ptr());
+   }
+   void l2AdjIs(MplsL2AdjacencyPtr v) {
+      if (v || !forwardedIntoFec_) {
+         target_ = std::move(v);
+         forwardedIntoFec_ = false;
+      }
+   }
+   ExternalFecInfoPtr extFecInfo() const {
+      return forwardedIntoFec_ ? static_cast<ExternalFecInfo*>(target_.ptr()) : nullptr;
+   }
+   void extFecInfoIs(ExternalFecInfoPtr v) {
+      if (v) {
+         target_ = std::move(v);
+         forwardedIntoFec_ = true;
+      } else if (forwardedIntoFec_) {
+         target_ = nullptr;
+         forwardedIntoFec_ = false;
+      }
+   }
    std::uint64_t version() const { return version_; }
    void versionIs(std::uint64_t v) { version_ = v; }
    // Unsigned 64-bit: wraps past the largest version.
@@ -45,6 +87,9 @@ class MplsRoute : public Kor::PtrInterface {
    const RouteLink& l2Link() const { return l2Link_; }
 
  private:
+   static constexpr std::int32_t kTearingDown = std::numeric_limits<std::int32_t>::min() / 2;
+
+   mutable std::int32_t references_ = 0;
    Mpls::RouteKey routeKey_;
    std::int32_t metric_ = 0;
    RouteLink l3Link_;
@@ -52,10 +97,12 @@ class MplsRoute : public Kor::PtrInterface {
    bool unprogrammed_ = true;
    bool unprogramRequired_ = false;
    bool countedUnprogrammed_ = false;
+   bool forwardedIntoFec_ = false;
    L3AdjacencyPtr l3Adj_;
-   MplsL2AdjacencyPtr l2Adj_;
-   ExternalFecInfoPtr extFecInfo_;
+   Kor::Ptr<Kor::PtrInterface> target_;
    std::uint64_t version_ = 0;
 };
+
+static_assert(sizeof(MplsRoute) <= 56, "a route record must fit a 64-byte heap block");
 
 }  // namespace Fal

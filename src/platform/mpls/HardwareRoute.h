@@ -39,13 +39,16 @@ class Route {
    std::string stringValue() const;
 
  private:
+   // The label and the metric share a word: the status keeps one record per route.
    RouteKey routeKey_;
+   std::uint32_t metric_ = 0;
    std::uint64_t adjacencyIndex_ = 0;
    std::uint64_t l2AdjacencyIndex_ = 0;
-   std::uint32_t metric_ = 0;
    std::uint64_t version_ = 0;
    bool unprogrammed_ = false;
 };
+
+static_assert(sizeof(Route) <= 40, "a published route is kept per route: keep it packed");
 
 std::ostream& operator<<(std::ostream& os, const Route& route);
 

@@ -2,6 +2,7 @@
 
 #include <ostream>
 #include <tuple>
+#include <utility>
 
 #include <mplsfwd/kor/Hash.h>
 
@@ -65,15 +66,15 @@ std::ostream& operator<<(std::ostream& os, const LfibDot1qTagToVlanKey& key) {
 }
 
 bool AdjacencyKey::operator<(const AdjacencyKey& o) const {
-   return std::tie(adjType_, index_) < std::tie(o.adjType_, o.index_);
+   return std::pair(adjType_, index()) < std::pair(o.adjType_, o.index());
 }
 
 std::size_t AdjacencyKey::hash() const {
-   return Kor::hashCombine(Kor::mixInt(adjType_), index_);
+   return Kor::hashCombine(Kor::mixInt(adjType_), index());
 }
 
 std::string AdjacencyKey::stringValue() const {
-   return Mpls::stringValue(adjType_) + " " + std::to_string(index_);
+   return Mpls::stringValue(adjType_) + " " + std::to_string(index());
 }
 
 std::ostream& operator<<(std::ostream& os, const AdjacencyKey& key) {

@@ -92,10 +92,13 @@ std::ostream& operator<<(std::ostream& os, const LfibDot1qTagToVlanKey& key);
 class AdjacencyKey {
  public:
    AdjacencyKey() = default;
-   AdjacencyKey(AdjacencyType adjType, std::uint64_t index) : adjType_(adjType), index_(index) {}
+   AdjacencyKey(AdjacencyType adjType, std::uint64_t index)
+       : adjType_(adjType),
+         indexLow_(static_cast<std::uint32_t>(index)),
+         indexHigh_(static_cast<std::uint32_t>(index >> 32)) {}
 
    AdjacencyType adjType() const { return adjType_; }
-   std::uint64_t index() const { return index_; }
+   std::uint64_t index() const { return (std::uint64_t(indexHigh_) << 32) | indexLow_; }
 
    bool operator==(const AdjacencyKey&) const = default;
    bool operator<(const AdjacencyKey& o) const;
@@ -105,9 +108,14 @@ class AdjacencyKey {
    std::string stringValue() const;
 
  private:
+   // The index in two halves keeps the key 4-byte aligned: every LFIB route holds one, and an
+   // 8-byte aligned key would pad the route by 4 bytes.
    AdjacencyType adjType_ = adjacencyTypeInvalid_;
-   std::uint64_t index_ = 0;
+   std::uint32_t indexLow_ = 0;
+   std::uint32_t indexHigh_ = 0;
 };
+
+static_assert(sizeof(AdjacencyKey) == 12 && alignof(AdjacencyKey) == 4);
 
 std::ostream& operator<<(std::ostream& os, const AdjacencyKey& key);
 

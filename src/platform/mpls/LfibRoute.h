@@ -48,6 +48,8 @@ class LfibRoute {
    AdjacencyKey adjacencyKey_;
 };
 
+static_assert(sizeof(LfibRoute) <= 36, "the LFIB keeps one route record per label");
+
 std::ostream& operator<<(std::ostream& os, const LfibRoute& route);
 
 }  // namespace Mpls
