@@ -165,9 +165,10 @@ void checkL3Adjacencies(const TransitParts& agent, Vrf& vrf, bool idle, Report& 
       walkRouteList(
           vrf, l3->routeList(), [](const Fal::MplsRoute& m) { return m.l3Link(); }, "l3 adj", index,
           r,
-          [&](const Mpls::RouteKey& k, const Fal::MplsRoute& route) {
-             if (route.l3Adj() != l3) {
-                r.fail("l3 adj ", index, " lists route ", k, " that does not use it");
+          // Captured by name: clang 14 cannot capture a structured binding.
+          [&r, &adj = l3, adjIndex = index](const Mpls::RouteKey& k, const Fal::MplsRoute& route) {
+             if (route.l3Adj() != adj) {
+                r.fail("l3 adj ", adjIndex, " lists route ", k, " that does not use it");
              }
           });
       if (idle && l3->routeKeys() == 0 && l3->primaryAdjs() == 0) {
@@ -208,9 +209,10 @@ void checkL2Adjacencies(const TransitParts& agent, Vrf& vrf, bool idle, Report& 
       walkRouteList(
           vrf, l2->routeList(), [](const Fal::MplsRoute& m) { return m.l2Link(); }, "l2 adj", index,
           r,
-          [&](const Mpls::RouteKey& k, const Fal::MplsRoute& route) {
-             if (route.l2Adj() != l2) {
-                r.fail("l2 adj ", index, " lists route ", k, " that does not use it");
+          // Captured by name: clang 14 cannot capture a structured binding.
+          [&r, &adj = l2, adjIndex = index](const Mpls::RouteKey& k, const Fal::MplsRoute& route) {
+             if (route.l2Adj() != adj) {
+                r.fail("l2 adj ", adjIndex, " lists route ", k, " that does not use it");
              }
           });
       bool pending = vrf.l2AdjPendingForDelete(index);
