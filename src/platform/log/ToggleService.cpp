@@ -3,6 +3,7 @@
 #include <mplsfwd/kor/Collections.h>
 #include <mplsfwd/kor/Errors.h>
 #include <mplsfwd/kor/TextForm.h>
+#include <mplsfwd/kor/TextScan.h>
 #include <cstdio>
 #include <cstdlib>
 
@@ -11,16 +12,6 @@ namespace Log {
 namespace {
 
 using Toggles = Kor::OrderedMap<std::string, bool, std::less<>>;
-
-std::string_view trim(std::string_view s) {
-   while (!s.empty() && (s.front() == ' ' || s.front() == '\t')) {
-      s.remove_prefix(1);
-   }
-   while (!s.empty() && (s.back() == ' ' || s.back() == '\t')) {
-      s.remove_suffix(1);
-   }
-   return s;
-}
 
 [[noreturn]] void fail(std::string_view text, const std::string& why) {
    throw Kor::ParseError(Kor::concat({"toggle configuration '", text, "': ", why}));
@@ -125,22 +116,24 @@ void ToggleService::reloadFromEnvironment() {
 
 std::vector<std::pair<std::string, bool>> ToggleService::parse(std::string_view text) {
    std::vector<std::pair<std::string, bool>> items;
-   if (trim(text).empty()) {
+   if (Kor::trimBlanks(text).empty()) {
       return items;
    }
    std::string_view rest = text;
    while (true) {
       auto comma = rest.find(',');
-      std::string_view part = trim(rest.substr(0, comma));
+      std::string_view part = Kor::trimBlanks(rest.substr(0, comma));
       if (part.empty()) {
          fail(text, "empty item");
       }
       auto eq = part.find('=');
-      std::string_view name = trim(part.substr(0, eq));
+      std::string_view name = Kor::trimBlanks(part.substr(0, eq));
       if (name.empty()) {
          fail(text, Kor::concat({"item '", part, "' has no toggle name"}));
       }
-      bool on = eq == std::string_view::npos ? true : parseState(text, trim(part.substr(eq + 1)));
+      bool on = eq == std::string_view::npos
+                    ? true
+                    : parseState(text, Kor::trimBlanks(part.substr(eq + 1)));
       items.emplace_back(std::string(name), on);
       if (comma == std::string_view::npos) {
          break;

@@ -2,6 +2,7 @@
 
 #include <mplsfwd/kor/Errors.h>
 #include <mplsfwd/kor/TextForm.h>
+#include <mplsfwd/kor/TextScan.h>
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -20,16 +21,6 @@ struct State {
    std::vector<Trace*> traces;
 };
 
-std::string_view trim(std::string_view s) {
-   while (!s.empty() && (s.front() == ' ' || s.front() == '\t')) {
-      s.remove_prefix(1);
-   }
-   while (!s.empty() && (s.back() == ' ' || s.back() == '\t')) {
-      s.remove_suffix(1);
-   }
-   return s;
-}
-
 [[noreturn]] void fail(std::string_view text, const std::string& why) {
    throw Kor::ParseError(Kor::concat({"trace configuration '", text, "': ", why}));
 }
@@ -42,13 +33,13 @@ int parseLevel(std::string_view whole, std::string_view s) {
 }
 
 std::uint32_t parseLevels(std::string_view whole, std::string_view s) {
-   s = trim(s);
+   s = Kor::trimBlanks(s);
    auto dash = s.find('-');
    if (dash == std::string_view::npos) {
       return 1u << parseLevel(whole, s);
    }
-   int first = parseLevel(whole, trim(s.substr(0, dash)));
-   int last = parseLevel(whole, trim(s.substr(dash + 1)));
+   int first = parseLevel(whole, Kor::trimBlanks(s.substr(0, dash)));
+   int last = parseLevel(whole, Kor::trimBlanks(s.substr(dash + 1)));
    if (first > last) {
       fail(whole, Kor::concat({"range '", s, "' runs backwards"}));
    }
@@ -105,9 +96,9 @@ void applyToAll(State& s) {
 std::vector<TraceConfig::Item> TraceConfig::parse(std::string_view text) {
    std::vector<Item> items;
    std::string_view rest = text;
-   while (!trim(rest).empty()) {
+   while (!Kor::trimBlanks(rest).empty()) {
       auto comma = rest.find(',');
-      std::string_view part = trim(rest.substr(0, comma));
+      std::string_view part = Kor::trimBlanks(rest.substr(0, comma));
       rest = comma == std::string_view::npos ? std::string_view() : rest.substr(comma + 1);
       if (part.empty()) {
          fail(text, "empty item");
@@ -121,7 +112,7 @@ std::vector<TraceConfig::Item> TraceConfig::parse(std::string_view text) {
       }
       auto slash = part.find('/');
       Item item;
-      item.name = std::string(trim(part.substr(0, slash)));
+      item.name = std::string(Kor::trimBlanks(part.substr(0, slash)));
       if (item.name.empty()) {
          fail(text, Kor::concat({"item '", part, "' has no handle name"}));
       }
@@ -129,7 +120,7 @@ std::vector<TraceConfig::Item> TraceConfig::parse(std::string_view text) {
           slash == std::string_view::npos ? allLevels : parseLevels(text, part.substr(slash + 1));
       items.push_back(std::move(item));
    }
-   if (!trim(text).empty() && trim(text).back() == ',') {
+   if (!Kor::trimBlanks(text).empty() && Kor::trimBlanks(text).back() == ',') {
       fail(text, "empty item");
    }
    return items;

@@ -5,25 +5,9 @@
 
 #include <mplsfwd/kor/Errors.h>
 #include <mplsfwd/kor/Hash.h>
+#include <mplsfwd/kor/TextScan.h>
 
 namespace Wire {
-
-namespace {
-
-int hexDigit(char c) {
-   if (c >= '0' && c <= '9') {
-      return c - '0';
-   }
-   if (c >= 'a' && c <= 'f') {
-      return c - 'a' + 10;
-   }
-   if (c >= 'A' && c <= 'F') {
-      return c - 'A' + 10;
-   }
-   return -1;
-}
-
-}  // namespace
 
 std::uint64_t EthAddr::value() const {
    std::uint64_t v = 0;
@@ -48,8 +32,8 @@ EthAddr EthAddr::parse(std::string_view text) {
    Bytes bytes{};
    bool ok = text.size() == 17;
    for (std::size_t i = 0; ok && i < 6; ++i) {
-      int hi = hexDigit(text[3 * i]);
-      int lo = hexDigit(text[3 * i + 1]);
+      int hi = Kor::hexDigitValue(text[3 * i]);
+      int lo = Kor::hexDigitValue(text[3 * i + 1]);
       ok = hi >= 0 && lo >= 0 && (i == 5 || text[3 * i + 2] == ':');
       bytes[i] = static_cast<std::uint8_t>((hi << 4) | lo);
    }

@@ -9,6 +9,7 @@
 
 #include <mplsfwd/kor/Errors.h>
 #include <mplsfwd/kor/Hash.h>
+#include <mplsfwd/kor/TextScan.h>
 
 namespace Wire {
 
@@ -53,19 +54,6 @@ bool parseV4(std::string_view text, std::uint32_t& out) {
    return true;
 }
 
-int hexDigit(char c) {
-   if (c >= '0' && c <= '9') {
-      return c - '0';
-   }
-   if (c >= 'a' && c <= 'f') {
-      return c - 'a' + 10;
-   }
-   if (c >= 'A' && c <= 'F') {
-      return c - 'A' + 10;
-   }
-   return -1;
-}
-
 // Parses groups separated by ':' (no "::" inside), appending 16-bit words; a trailing dotted quad
 // is allowed when `allowV4Tail` and gives two words.
 bool parseGroups(std::string_view text, bool allowV4Tail, std::vector<std::uint16_t>& words) {
@@ -91,7 +79,7 @@ bool parseGroups(std::string_view text, bool allowV4Tail, std::vector<std::uint1
       }
       std::uint16_t w = 0;
       for (char c : group) {
-         int d = hexDigit(c);
+         int d = Kor::hexDigitValue(c);
          if (d < 0) {
             return false;
          }
