@@ -1015,6 +1015,23 @@ const std::map<std::string, OpDef>& ops() {
         {{"routes", "l2Adjacencies", "fecs", "decapMappings"}, false, simple(capacityStep)}},
        {"refuse", {{"target", "count", "reason", "returnCode"}, false, simple(refuseStep)}},
        {"interface", {{"name", "ready"}, false, simple(interfaceStep)}},
+       {"platformRouting",
+        {{"enabled"},
+         false,
+         [](const std::string&, const Fields& f, const ScenarioConfig&) -> Action {
+            // Off: the platform withdraws its confirmation of MPLS routing in the default VRF on
+            // its own (as when its forwarding pipeline goes away); it stays withdrawn until the
+            // agent writes the VRF's switch again or the platform is told to answer again (on).
+            bool on = f.boolean("enabled");
+            if (on) {
+               return [](Runner& r) { r.agent().chip().confirmRoutingIs(true); };
+            }
+            return [](Runner& r) {
+               if (auto status = r.agent().defaultVrfStatus()) {
+                  status->mplsRoutingIs(false);
+               }
+            };
+         }}},
        {"outOfOrder",
         {{"enabled"},
          false,

@@ -12,8 +12,7 @@
 // - the resource logs alternate FULL and NORMAL and end on NORMAL;
 // - the transit machine's whole-state invariants hold.
 // A failing sequence is written out as a scenario file; MPLSFWD_REPLAY=<file> runs it again with
-// the same checks (AgentRandomReplay.Replay), and `mplsfwd-sim run <file>` shows what it does
-// (all but the platform withdrawing routing on its own, which only the test acts on).
+// the same checks (AgentRandomReplay.Replay), and `mplsfwd-sim run <file>` shows what it does.
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -56,8 +55,6 @@ const char* const kDecapVias[] = {"ipLookupVia", "vlanVia", "evpnVlanFloodVia", 
                                   "evpnVlanAwareFloodVia"};
 const char* const kDecapTypes[] = {"ipLookup", "vlan", "evpnVlanFlood", "evpnVlanAware",
                                    "evpnVlanAwareFlood"};
-const char* const kPlatformOff = "platform routing off";
-const char* const kPlatformOn = "platform routing on";
 constexpr unsigned kLabels = 40, kFirstLabel = 1000, kVias = 16, kSets = 8, kFirstBackup = 9,
                    kBackups = 3, kFirstExt = 20, kDecapIndices = 2, kColls = 2, kPwAdjs = 3;
 
@@ -95,11 +92,7 @@ class Generator {
    bool chance(unsigned percent) { return pick(100) < percent; }
 
    void emit(Json step) { out_->push_back(std::move(step)); }
-   // The platform withdrawing MPLS routing on its own, and answering the configuration again, have
-   // no scenario operation: a step that does nothing carries them and runChecked acts on it.
-   static Json platformRouting(bool on) {
-      return {{"op", "advance"}, {"seconds", 0}, {"comment", on ? kPlatformOn : kPlatformOff}};
-   }
+   static Json platformRouting(bool on) { return {{"op", "platformRouting"}, {"enabled", on}}; }
    // A record of the world: remembered so that a checkpoint can bring it back once deleted.
    void write(const std::string& id, Json step) {
       last_[id] = step;
@@ -722,8 +715,8 @@ class Checker {
    std::vector<std::string> problems_;
 };
 
-// Runs a scenario with the checks after each step marked "check" and the platform's own routing
-// switch after the steps marked so; answers the problems found, each with its step.
+// Runs a scenario with the checks after each step marked "check"; answers the problems found,
+// each with its step.
 std::vector<std::string> runChecked(const Json& doc, const std::string& name) {
    sim::Scenario scenario = sim::Scenario::parse(doc.dump(), name);
    std::vector<std::string> problems;
@@ -744,14 +737,6 @@ std::vector<std::string> runChecked(const Json& doc, const std::string& name) {
                problems.push_back("after step " + std::to_string(number) + ": " + p);
             }
          };
-      } else if (comment == kPlatformOff) {
-         extra.run = [](sim::Runner& r) {
-            if (auto status = r.agent().defaultVrfStatus()) {
-               status->mplsRoutingIs(false);
-            }
-         };
-      } else if (comment == kPlatformOn) {
-         extra.run = [](sim::Runner& r) { r.agent().chip().confirmRoutingIs(true); };
       } else {
          continue;
       }
