@@ -1,5 +1,7 @@
 #include "Runner.h"
 
+#include "PseudowireInvariants.h"
+
 #include <cstdio>
 #include <sstream>
 
@@ -103,8 +105,13 @@ void Runner::run(std::size_t lastStep) {
          ++expectations_;
       }
       step.run(*this);
-      if (invariantChecks_ && scenario_.config.transitInvariants && step.op == "runUntilIdle") {
-         checkTransitInvariants();
+      if (invariantChecks_ && step.op == "runUntilIdle") {
+         if (scenario_.config.transitInvariants) {
+            checkTransitInvariants();
+         }
+         if (scenario_.config.pseudowireInvariants) {
+            checkPseudowireInvariants();
+         }
       }
    }
    current_ = nullptr;
@@ -113,6 +120,12 @@ void Runner::run(std::size_t lastStep) {
 void Runner::checkTransitInvariants() {
    for (auto& line : transitInvariantViolations(transitParts(*agent_, transitHistory_))) {
       check(false, "transit invariant", "holds", line);
+   }
+}
+
+void Runner::checkPseudowireInvariants() {
+   for (auto& line : pseudowireInvariantViolations(pseudowireParts(*agent_))) {
+      check(false, "pseudowire invariant", "holds", line);
    }
 }
 

@@ -92,6 +92,7 @@ class Runner {
    std::unique_ptr<ControlPlane> controlPlane_;
    double now() const;
    void checkTransitInvariants();
+   void checkPseudowireInvariants();
 
    Log::MemoryTraceSink traces_;
    std::vector<TimedLine> timed_;

@@ -1111,11 +1111,11 @@ ScenarioConfig parseConfig(const Json* j, const std::string& file) {
    if (!j) {
       return c;
    }
-   Fields f(
-       *j, file + ": config",
-       {"capacity", "answerDelay", "fecAnswerDelay", "fecForwarding", "decap", "pseudowire",
-        "mplsRouting", "defaultVrfName", "toggles", "retryInterval", "decapRetryInterval", "trace",
-        "traceToStderr", "fastLog", "idleLimit", "routerMac", "ttlMode", "transitInvariants"});
+   Fields f(*j, file + ": config",
+            {"capacity", "answerDelay", "fecAnswerDelay", "fecForwarding", "decap", "pseudowire",
+             "mplsRouting", "defaultVrfName", "toggles", "retryInterval", "decapRetryInterval",
+             "trace", "traceToStderr", "fastLog", "idleLimit", "routerMac", "ttlMode",
+             "transitInvariants", "pseudowireInvariants"});
    c.forwarder = forwarderOptionsFromConfig(f);
    if (const Json* cap = f.get("capacity")) {
       Fields cf(*cap, file + ": config.capacity",
@@ -1161,6 +1161,7 @@ ScenarioConfig parseConfig(const Json* j, const std::string& file) {
    c.fastLog = f.optBoolean("fastLog", false);
    c.idleLimit = f.optNumber("idleLimit", 0, 1e7).value_or(60.0);
    c.transitInvariants = f.optBoolean("transitInvariants", true);
+   c.pseudowireInvariants = f.optBoolean("pseudowireInvariants", true);
    return c;
 }
 

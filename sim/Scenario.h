@@ -43,6 +43,8 @@ struct ScenarioConfig {
    double idleLimit = 60.0;
    // Whether `mplsfwd-sim run` checks the transit invariants after each runUntilIdle step.
    bool transitInvariants = true;
+   // The same for the pseudowire decap machine's invariants.
+   bool pseudowireInvariants = true;
    // The router MAC and TTL mode of the packet steps' forwarding model.
    ForwarderOptions forwarder;
 };
