@@ -10,7 +10,7 @@
 // - nothing else is: no chip route, helper route, decap mapping, decap record or FEC request that
 //   no route asks for;
 // - the resource logs alternate FULL and NORMAL and end on NORMAL;
-// - the transit machine's whole-state invariants hold.
+// - the transit and pseudowire machines' whole-state invariants hold.
 // A failing sequence is written out as a scenario file; MPLSFWD_REPLAY=<file> runs it again with
 // the same checks (AgentRandomReplay.Replay), and `mplsfwd-sim run <file>` shows what it does.
 #include <gtest/gtest.h>
@@ -25,6 +25,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include <mplsfwd/sim/PseudowireInvariants.h>
 #include <mplsfwd/sim/Runner.h>
 #include <mplsfwd/sim/State.h>
 
@@ -401,6 +402,9 @@ class Checker {
       logs();
       for (const auto& line : sim::transitInvariantViolations(sim::transitParts(a_, history_))) {
          fail("transit invariant: " + line);
+      }
+      for (const auto& line : sim::pseudowireInvariantViolations(sim::pseudowireParts(a_))) {
+         fail("pseudowire invariant: " + line);
       }
       return problems_;
    }
