@@ -4,6 +4,7 @@
 
 #include <mplsfwd/kor/AttrOps.h>
 #include <mplsfwd/kor/Collections.h>
+#include <mplsfwd/kor/DenseRecordMap.h>
 #include <mplsfwd/kor/Entity.h>
 
 #include "HardwareAdjacency.h"
@@ -11,6 +12,33 @@
 #include "HardwareRoute.h"
 
 namespace Mpls::Hardware {
+
+// How the status stores a published route: its slot is its label, so the label is not repeated
+// in it (one record per route, a million at full scale).
+struct RoutePacking {
+   struct Packed {
+      std::uint64_t adjacencyIndex = 0;
+      std::uint64_t l2AdjacencyIndex = 0;
+      std::uint64_t version = 0;
+      std::uint32_t metric = 0;
+      bool unprogrammed = false;
+      bool operator==(const Packed&) const = default;
+   };
+   static const RouteKey& key(const Route& r) { return r.routeKey(); }
+   static Packed pack(const Route& r) {
+      return {r.adjacencyIndex(), r.l2AdjacencyIndex(), r.version(), r.metric(), r.unprogrammed()};
+   }
+   static Route unpack(const RouteKey& k, const Packed& p) {
+      Route r(k);
+      r.adjacencyIndexIs(p.adjacencyIndex);
+      r.l2AdjacencyIndexIs(p.l2AdjacencyIndex);
+      r.versionIs(p.version);
+      r.metricIs(p.metric);
+      r.unprogrammedIs(p.unprogrammed);
+      return r;
+   }
+};
+static_assert(sizeof(RoutePacking::Packed) <= 32, "a stored route is kept per route");
 
 // The shared view of what the MPLS forwarding layer programs, published for other agents: the
 // hardware L3 adjacencies and L2 adjacencies by index (instantiating: get or create), the routes
@@ -27,7 +55,7 @@ class Status : public Kor::Entity {
    };
    using AdjacencyMap = Kor::HashMap<std::uint64_t, Kor::Ptr<Adjacency>>;
    using L2AdjacencyMap = Kor::HashMap<std::uint64_t, Kor::Ptr<L2Adjacency>>;
-   using RouteMap = DenseRouteMap<Route>;
+   using RouteMap = Kor::DenseRecordMap<RouteKey, Route, RoutePacking>;
 
    explicit Status(Kor::Name name) : Kor::Entity(std::move(name)) {}
 
@@ -66,7 +94,7 @@ class Status : public Kor::Entity {
    Route route(const RouteKey& k) const { return Kor::mapValueOr(route_, k); }
    bool routeHas(const RouteKey& k) const { return route_.contains(k); }
    void routeIs(const Route& r) {
-      if (Kor::mapAssignIfChanged(route_, r.routeKey(), r)) {
+      if (route_.assignIfChanged(r)) {
          notify(&NotifieeConst::onRoute, r.routeKey());
       }
    }
