@@ -165,7 +165,7 @@ TEST(HardwareStatus, RoutesKeepEveryFieldAndAnnounceEachChange) {
    Mpls::Hardware::Route r(key);
    std::vector<std::function<void(Mpls::Hardware::Route&)>> changes = {
        [](auto& x) { x.adjacencyIndexIs(0xfedcba9876543210); },
-       [](auto& x) { x.l2AdjacencyIndexIs(0x123456789abcdef0); },
+       [](auto& x) { x.l2AdjacencyIndexIs(0x7fffffff00000001); },
        [](auto& x) { x.metricIs(0xffffffff); },
        [](auto& x) { x.versionIs(0x8000000000000001); },
        [](auto& x) { x.unprogrammedIs(true); },
@@ -184,6 +184,10 @@ TEST(HardwareStatus, RoutesKeepEveryFieldAndAnnounceEachChange) {
    }
    EXPECT_EQ(status->route(Mpls::RouteKey(Wire::MplsLabel(16))), Mpls::Hardware::Route());
    EXPECT_THROW(status->routeIs(Mpls::Hardware::Route()), Kor::RangeError);
+   // The top bit of the L2 adjacency index is where the flag is kept: refused, not stored.
+   r.l2AdjacencyIndexIs(std::uint64_t(1) << 63);
+   EXPECT_THROW(status->routeIs(r), Kor::RangeError);
+   EXPECT_EQ(count.changes, 1 + static_cast<int>(changes.size()));
 }
 
 }  // namespace
