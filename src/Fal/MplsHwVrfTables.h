@@ -4,6 +4,7 @@
 
 #include <mplsfwd/kor/AttrOps.h>
 #include <mplsfwd/kor/Collections.h>
+#include <mplsfwd/kor/DenseRecordMap.h>
 #include <mplsfwd/kor/Entity.h>
 #include <mplsfwd/l3/VrfId.h>
 #include <mplsfwd/mpls/HardwareL2Adjacency.h>
@@ -15,6 +16,22 @@ namespace Fal {
 
 using L2AdjacencyPtr = Kor::Ptr<Mpls::Hardware::L2Adjacency>;
 
+// How the hardware tables store a route: its slot is its label, so the route key is not repeated
+// in it (a million routes in each of the configuration and the status).
+struct MplsHwRoutePacking {
+   struct Packed {
+      L2AdjacencyPtr l2Adjacency;
+      std::uint64_t version = 0;
+      bool operator==(const Packed&) const = default;
+   };
+   static const Mpls::RouteKey& key(const MplsHwRoute& r) { return r.routeKey(); }
+   static Packed pack(const MplsHwRoute& r) { return {r.l2Adjacency(), r.version()}; }
+   static MplsHwRoute unpack(const Mpls::RouteKey& k, const Packed& p) {
+      return MplsHwRoute(k, p.l2Adjacency, p.version);
+   }
+};
+static_assert(sizeof(MplsHwRoutePacking::Packed) <= 16, "a stored route is kept per route");
+
 // What the per-VRF hardware configuration and the per-VRF hardware status have in common: the MPLS
 // routing flag, the L2 adjacencies with their programming counts, and the routes. The
 // configuration says what is wanted, the status what the platform did; both notify only on a real
@@ -22,7 +39,7 @@ using L2AdjacencyPtr = Kor::Ptr<Mpls::Hardware::L2Adjacency>;
 template <class Self>
 class MplsHwVrfTables : public Kor::Entity {
  public:
-   using RouteMap = Mpls::DenseRouteMap<MplsHwRoute>;
+   using RouteMap = Kor::DenseRecordMap<Mpls::RouteKey, MplsHwRoute, MplsHwRoutePacking>;
    using L2AdjacencyMap = Kor::HashMap<L2AdjacencyPtr, std::uint32_t>;
 
    class TablesNotifiee : public Kor::Notifiee<Self> {
@@ -71,28 +88,20 @@ class MplsHwVrfTables : public Kor::Entity {
    std::size_t l2Adjacencies() const { return l2Adjacency_.size(); }
 
    // The stored route, or the empty route (test it with !) for an absent key.
-   MplsHwRoute route(const Mpls::RouteKey& key) const {
-      auto it = route_.find(key);
-      return it == route_.end() ? MplsHwRoute() : it->second;
-   }
+   MplsHwRoute route(const Mpls::RouteKey& key) const { return Kor::mapValueOr(route_, key); }
    bool routeHas(const Mpls::RouteKey& key) const { return route_.contains(key); }
    void routeIs(const MplsHwRoute& r) {
-      auto [it, inserted] = route_.try_emplace(r.routeKey(), r);
-      if (!inserted) {
-         if (it->second == r) {
-            return;
-         }
-         Kor::valueOf(it) = r;
+      if (route_.assignIfChanged(r)) {
+         notify(&TablesNotifiee::onRoute, r.routeKey());
       }
-      notify(&TablesNotifiee::onRoute, r.routeKey());
    }
    MplsHwRoute routeDel(const Mpls::RouteKey& key) {
       auto it = route_.find(key);
       if (it == route_.end()) {
          return MplsHwRoute();
       }
-      MplsHwRoute removed = std::move(Kor::valueOf(it));
-      route_.erase(it);
+      MplsHwRoute removed = it.value();
+      route_.erase(key);
       notify(&TablesNotifiee::onRoute, key);
       return removed;
    }

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <limits>
 
 #include <mplsfwd/kor/Ptr.h>
 #include <mplsfwd/mpls/RouteKey.h>
@@ -15,29 +14,13 @@ namespace Fal {
 // A new route starts unprogrammed on purpose: only a confirmed programming clears the flag.
 //
 // There is one record per route, a million at full scale, so it is kept within a 64-byte heap
-// block: it is counted like the runtime's objects but has no virtual destructor (nothing derives
-// from it), and it holds its L2 adjacency or its external FEC, which are exclusive, in one field.
-class MplsRoute final {
+// block: it is counted like the runtime's objects but has no virtual destructor (it is final), and
+// it holds its L2 adjacency or its external FEC, which are exclusive, in one field.
+class MplsRoute final : public Kor::RefCounted<MplsRoute> {
  public:
    explicit MplsRoute(const Mpls::RouteKey& routeKey) : routeKey_(routeKey) {}
    MplsRoute(const MplsRoute&) = delete;
    MplsRoute& operator=(const MplsRoute&) = delete;
-
-   // Counted references, as Kor::PtrInterface counts them: the count is marked negative while the
-   // record is deleted, so that references taken and dropped meanwhile do not delete it twice.
-   std::int32_t references() const { return references_; }
-   bool isTornDown() const { return references_ < 0; }
-   void newRef() const {
-      if (references_ >= 0) {
-         ++references_;
-      }
-   }
-   void deleteRef() const {
-      if (references_ > 0 && --references_ == 0) {
-         references_ = kTearingDown;
-         delete this;
-      }
-   }
 
    const Mpls::RouteKey& routeKey() const { return routeKey_; }
    std::int32_t metric() const { return metric_; }
@@ -87,9 +70,6 @@ class MplsRoute final {
    const RouteLink& l2Link() const { return l2Link_; }
 
  private:
-   static constexpr std::int32_t kTearingDown = std::numeric_limits<std::int32_t>::min() / 2;
-
-   mutable std::int32_t references_ = 0;
    Mpls::RouteKey routeKey_;
    std::int32_t metric_ = 0;
    RouteLink l3Link_;

@@ -8,17 +8,19 @@
 
 namespace Kor {
 
-// Base of every reference-counted object of the runtime. The count is intrusive and non-atomic:
-// everything runs on the agent's one thread. When the last reference goes, the count is marked
-// negative for the duration of the destructor, so that references taken and dropped while the
-// object tears itself down neither delete it twice nor resurrect it, and so that reactors owned
-// by it can tell that their owner is going and drop notifications.
-class PtrInterface {
+// The intrusive, non-atomic reference count that Ptr works with: everything runs on the agent's
+// one thread. When the last reference goes, the count is marked negative for the duration of the
+// destructor, so that references taken and dropped while the object tears itself down neither
+// delete it twice nor resurrect it, and so that reactors owned by it can tell that their owner is
+// going and drop notifications. Self is the class that is deleted: a polymorphic base with a
+// virtual destructor, or a final class that needs no table.
+template <class Self>
+class RefCounted {
  public:
-   PtrInterface() = default;
-   PtrInterface(const PtrInterface&) : references_(0) {}
-   PtrInterface& operator=(const PtrInterface&) { return *this; }
-   virtual ~PtrInterface() = default;
+   RefCounted() = default;
+   // A copy is a new object: it starts without references.
+   RefCounted(const RefCounted&) : references_(0) {}
+   RefCounted& operator=(const RefCounted&) { return *this; }
 
    std::int32_t references() const { return references_; }
    bool isTornDown() const { return references_ < 0; }
@@ -31,13 +33,22 @@ class PtrInterface {
    void deleteRef() const {
       if (references_ > 0 && --references_ == 0) {
          references_ = kTearingDown;
-         delete this;
+         delete static_cast<const Self*>(this);
       }
    }
+
+ protected:
+   ~RefCounted() = default;
 
  private:
    static constexpr std::int32_t kTearingDown = std::numeric_limits<std::int32_t>::min() / 2;
    mutable std::int32_t references_ = 0;
+};
+
+// Base of every reference-counted object of the runtime.
+class PtrInterface : public RefCounted<PtrInterface> {
+ public:
+   virtual ~PtrInterface() = default;
 };
 
 // Counted reference to a PtrInterface-derived object. Null by default.

@@ -1,16 +1,67 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 
 #include <mplsfwd/kor/AttrOps.h>
 #include <mplsfwd/kor/Collections.h>
+#include <mplsfwd/kor/DenseRecordMap.h>
 #include <mplsfwd/kor/Entity.h>
+#include <mplsfwd/kor/Errors.h>
 
 #include "HardwareAdjacency.h"
 #include "HardwareL2Adjacency.h"
 #include "HardwareRoute.h"
 
 namespace Mpls::Hardware {
+
+// How the status stores a published route, one record per route (a million at full scale): its
+// slot is its label, so the label is not repeated; the 64-bit values are kept in 32-bit halves so
+// that the record is 4-byte aligned; and the unprogrammed flag takes the top bit of the L2
+// adjacency index. Adjacency indices come from one counter that only grows by one per adjacency
+// made: at a billion a second it would take 292 years to reach that bit, so an index that has it
+// set is refused (Kor::RangeError) rather than stored wrongly.
+struct RoutePacking {
+   struct Halves {
+      std::uint32_t low = 0;
+      std::uint32_t high = 0;
+      static Halves of(std::uint64_t v) {
+         return {static_cast<std::uint32_t>(v), static_cast<std::uint32_t>(v >> 32)};
+      }
+      std::uint64_t value() const { return (std::uint64_t(high) << 32) | low; }
+      bool operator==(const Halves&) const = default;
+   };
+   struct Packed {
+      Halves adjacencyIndex;
+      Halves l2AdjacencyIndexAndUnprogrammed;
+      Halves version;
+      std::uint32_t metric = 0;
+      bool operator==(const Packed&) const = default;
+   };
+   static constexpr std::uint64_t kUnprogrammedBit = std::uint64_t(1) << 63;
+
+   static const RouteKey& key(const Route& r) { return r.routeKey(); }
+   static Packed pack(const Route& r) {
+      if (r.l2AdjacencyIndex() & kUnprogrammedBit) {
+         throw Kor::RangeError("L2 adjacency index " + std::to_string(r.l2AdjacencyIndex()) +
+                               " is past the published route's range");
+      }
+      return {Halves::of(r.adjacencyIndex()),
+              Halves::of(r.l2AdjacencyIndex() | (r.unprogrammed() ? kUnprogrammedBit : 0)),
+              Halves::of(r.version()), r.metric()};
+   }
+   static Route unpack(const RouteKey& k, const Packed& p) {
+      const std::uint64_t l2 = p.l2AdjacencyIndexAndUnprogrammed.value();
+      Route r(k);
+      r.adjacencyIndexIs(p.adjacencyIndex.value());
+      r.l2AdjacencyIndexIs(l2 & ~kUnprogrammedBit);
+      r.unprogrammedIs((l2 & kUnprogrammedBit) != 0);
+      r.versionIs(p.version.value());
+      r.metricIs(p.metric);
+      return r;
+   }
+};
+static_assert(sizeof(RoutePacking::Packed) <= 28, "a stored route is kept per route");
 
 // The shared view of what the MPLS forwarding layer programs, published for other agents: the
 // hardware L3 adjacencies and L2 adjacencies by index (instantiating: get or create), the routes
@@ -27,7 +78,7 @@ class Status : public Kor::Entity {
    };
    using AdjacencyMap = Kor::HashMap<std::uint64_t, Kor::Ptr<Adjacency>>;
    using L2AdjacencyMap = Kor::HashMap<std::uint64_t, Kor::Ptr<L2Adjacency>>;
-   using RouteMap = DenseRouteMap<Route>;
+   using RouteMap = Kor::DenseRecordMap<RouteKey, Route, RoutePacking>;
 
    explicit Status(Kor::Name name) : Kor::Entity(std::move(name)) {}
 
@@ -66,7 +117,7 @@ class Status : public Kor::Entity {
    Route route(const RouteKey& k) const { return Kor::mapValueOr(route_, k); }
    bool routeHas(const RouteKey& k) const { return route_.contains(k); }
    void routeIs(const Route& r) {
-      if (Kor::mapAssignIfChanged(route_, r.routeKey(), r)) {
+      if (route_.assignIfChanged(r)) {
          notify(&NotifieeConst::onRoute, r.routeKey());
       }
    }

@@ -1,9 +1,14 @@
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <vector>
+
 #include <mplsfwd/kor/Collections.h>
+#include <mplsfwd/kor/Errors.h>
 #include <mplsfwd/kor/TextForm.h>
 #include <mplsfwd/mpls/HardwareAdjacency.h>
 #include <mplsfwd/mpls/HardwareL2Adjacency.h>
+#include <mplsfwd/mpls/HardwareStatus.h>
 
 namespace {
 
@@ -144,6 +149,45 @@ TEST(HardwareVia, EveryFieldCounts) {
    }
    EXPECT_EQ(hashed.size(), 9u);
    EXPECT_EQ(ordered.size(), 9u);
+}
+
+// The status keeps a route without its label; every field must come back, and a change of any
+// one of them alone must be stored and announced.
+TEST(HardwareStatus, RoutesKeepEveryFieldAndAnnounceEachChange) {
+   struct Count : Mpls::Hardware::Status::NotifieeConst {
+      using NotifieeConst::NotifieeConst;
+      void onRoute(const Mpls::RouteKey&) override { ++changes; }
+      int changes = 0;
+   };
+   auto status = Kor::make<Mpls::Hardware::Status>(Kor::Name("hw"));
+   Count count(status);
+   const Mpls::RouteKey key(Wire::MplsLabel(1048575));
+   Mpls::Hardware::Route r(key);
+   std::vector<std::function<void(Mpls::Hardware::Route&)>> changes = {
+       [](auto& x) { x.adjacencyIndexIs(0xfedcba9876543210); },
+       [](auto& x) { x.l2AdjacencyIndexIs(0x7fffffff00000001); },
+       [](auto& x) { x.metricIs(0xffffffff); },
+       [](auto& x) { x.versionIs(0x8000000000000001); },
+       [](auto& x) { x.unprogrammedIs(true); },
+   };
+   status->routeIs(r);
+   for (const auto& change : changes) {
+      change(r);
+      status->routeIs(r);
+      status->routeIs(r);
+      EXPECT_EQ(status->route(key), r);
+   }
+   EXPECT_EQ(count.changes, 1 + static_cast<int>(changes.size()));
+   for (const auto& [k, stored] : status->routeMap()) {
+      EXPECT_EQ(k, key);
+      EXPECT_EQ(stored, r);
+   }
+   EXPECT_EQ(status->route(Mpls::RouteKey(Wire::MplsLabel(16))), Mpls::Hardware::Route());
+   EXPECT_THROW(status->routeIs(Mpls::Hardware::Route()), Kor::RangeError);
+   // The top bit of the L2 adjacency index is where the flag is kept: refused, not stored.
+   r.l2AdjacencyIndexIs(std::uint64_t(1) << 63);
+   EXPECT_THROW(status->routeIs(r), Kor::RangeError);
+   EXPECT_EQ(count.changes, 1 + static_cast<int>(changes.size()));
 }
 
 }  // namespace
