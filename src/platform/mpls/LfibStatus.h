@@ -43,8 +43,9 @@ class LfibStatus : public Kor::Entity {
    };
    using RouteMap = DenseRouteMap<LfibRoute>;
    // Open addressing: a decap route brings a via set of its own, so this holds a million sets;
-   // only the tracking machine's start walks it, into an ordered backlog.
-   using ViaSetMap = Kor::FlatHashMap<LfibViaSetKey, LfibViaSet>;
+   // only the tracking machine's start walks it, into an ordered backlog, so its order is seen by
+   // no one.
+   using ViaSetMap = Kor::FlatHashMap<LfibViaSetKey, LfibViaSet, LfibTableHash>;
    class RouteKeysOfViaSet;
    using ViaSetKeySet = Kor::HashSet<LfibViaSetKey>;
    class ViaSetKeysOfVia;
@@ -148,7 +149,7 @@ class LfibStatus : public Kor::Entity {
    // Open addressing: a decap route brings a via of its own, so these hold a million entries;
    // nothing walks them, so their order does not matter.
    template <class V>
-   using ViaMap = Kor::FlatHashMap<LfibViaKey, V>;
+   using ViaMap = Kor::FlatHashMap<LfibViaKey, V, LfibTableHash>;
    using Handler = void (NotifieeConst::*)(const LfibViaKey&);
 
    template <class V>
@@ -197,8 +198,9 @@ class LfibStatus : public Kor::Entity {
    RouteMap route_;
    ViaSetMap viaSet_;
    DenseRouteMap<Link> routeLink_;
-   Kor::FlatHashMap<LfibViaSetKey, Users> routesOfViaSet_;
-   Kor::FlatHashMap<LfibViaKey, Namers> viaSetsOfVia_;
+   // Looked up only, never walked.
+   Kor::FlatHashMap<LfibViaSetKey, Users, LfibTableHash> routesOfViaSet_;
+   Kor::FlatHashMap<LfibViaKey, Namers, LfibTableHash> viaSetsOfVia_;
    ViaMap<LfibMplsVia> mplsVia_;
    ViaMap<LfibExtFecVia> extFecVia_;
    ViaMap<LfibPwVia> pwVia_;
