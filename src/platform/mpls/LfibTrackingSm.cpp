@@ -64,7 +64,7 @@ void LfibTrackingSm::routeChanged(const RouteKey& key) {
 
 void LfibTrackingSm::viaSetChanged(const LfibViaSetKey& key) {
    TRACE9(trackingTrace, traceName_ << ": via set " << key);
-   if (mode_ & lfibTrackingViaSets_) {
+   if ((mode_ & lfibTrackingViaSets_) && !(viaSetSkip_ && viaSetSkip_(key))) {
       status_->viaSetKeyBacklogIs(key);
    }
    if (mode_ & lfibTrackingRoutes_) {
