@@ -134,6 +134,26 @@ TEST_F(Tracking, ViaSetModeBacklogsExistingAndChangedViaSets) {
    EXPECT_TRUE(status->routeKeyBacklogSet().empty());
 }
 
+TEST_F(Tracking, ViaSetsTheOwnerSkipsStayOffTheViaSetBacklogButTheirRoutesAreQueued) {
+   lfib->lfibRouteIs(LfibRoute(key(16), vlanSet(1)));
+   auto sm = Kor::make<LfibTrackingSm>(lfib, status, lfibTrackingRoutesAndViaSets_, "t");
+   status->routeKeyBacklogDel(key(16));
+   std::vector<LfibViaSetKey> asked;
+   sm->viaSetSkipIs([&](const LfibViaSetKey& k) {
+      asked.push_back(k);
+      return k == vlanSet(1);
+   });
+   lfib->viaSetIs(setOf(vlanSet(1), {vlanViaKey(5)}));
+   lfib->viaSetIs(setOf(vlanSet(2), {vlanViaKey(5)}));
+   EXPECT_EQ(status->viaSetKeyBacklogSet(), LfibTrackingStatus::ViaSetKeyBacklog{vlanSet(2)});
+   EXPECT_TRUE(status->routeKeyBacklog(key(16)));
+   EXPECT_EQ(asked, (std::vector<LfibViaSetKey>{vlanSet(1), vlanSet(2)}));
+   // Without a skip every changed set is queued again.
+   sm->viaSetSkipIs({});
+   lfib->vlanViaIs(LfibVlanVia(vlanViaKey(5), Bridging::VlanId(10)));
+   EXPECT_EQ(status->viaSetKeyBacklogSet().size(), 2u);
+}
+
 TEST_F(Tracking, RouteModeFollowsViaSetsAndViasDownToRoutes) {
    lfib->lfibRouteIs(LfibRoute(key(16), vlanSet(1)));
    auto sm = Kor::make<LfibTrackingSm>(lfib, status, lfibTrackingRoutes_, "t");
