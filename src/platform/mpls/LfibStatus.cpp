@@ -45,40 +45,62 @@ LfibStatus::RouteKeysOfViaSet LfibStatus::routeKeysOfViaSet(const LfibViaSetKey&
 }
 
 LfibViaSet LfibStatus::viaSet(const LfibViaSetKey& key) const {
-   auto it = viaSet_.find(key);
-   return it == viaSet_.end() ? LfibViaSet(key) : it->second;
+   const LfibViaSet* stored = viaSetPtr(key);
+   return stored ? *stored : LfibViaSet(key);
 }
 
 const LfibViaSet* LfibStatus::viaSetPtr(const LfibViaSetKey& key) const {
-   auto it = viaSet_.find(key);
-   return it == viaSet_.end() ? nullptr : &it->second;
+   auto it = viaSetSlot_.find(key);
+   return it == viaSetSlot_.end() ? nullptr : &viaSetRecord_[it->second];
 }
 
 void LfibStatus::viaSetIs(const LfibViaSet& viaSet) {
-   auto [it, inserted] = viaSet_.try_emplace(viaSet.key(), viaSet);
-   if (!inserted) {
-      if (it->second == viaSet) {
+   auto it = viaSetSlot_.find(viaSet.key());
+   if (it != viaSetSlot_.end()) {
+      LfibViaSet& stored = viaSetRecord_[it->second];
+      if (stored == viaSet) {
          return;
       }
-      unindexViaSet(it->second);
-      Kor::valueOf(it) = viaSet;
+      unindexViaSet(stored);
+      stored = viaSet;
+   } else {
+      std::uint32_t slot;
+      if (!freeViaSetRecord_.empty()) {
+         slot = freeViaSetRecord_.back();
+         freeViaSetRecord_.pop_back();
+         viaSetRecord_[slot] = viaSet;
+      } else {
+         slot = static_cast<std::uint32_t>(viaSetRecord_.size());
+         viaSetRecord_.push_back(viaSet);
+      }
+      viaSetSlot_.emplace(viaSet.key(), slot);
    }
    indexViaSet(viaSet);
    notify(&NotifieeConst::onViaSet, viaSet.key());
 }
 
 void LfibStatus::viaSetDel(const LfibViaSetKey& key) {
-   auto it = viaSet_.find(key);
-   if (it == viaSet_.end()) {
+   auto it = viaSetSlot_.find(key);
+   if (it == viaSetSlot_.end()) {
       return;
    }
-   unindexViaSet(it->second);
-   viaSet_.erase(it);
+   const std::uint32_t slot = it->second;
+   viaSetSlot_.erase(it);
+   unindexViaSet(viaSetRecord_[slot]);
+   if (viaSetSlot_.empty()) {
+      // The last set is gone: give the records' memory back.
+      std::vector<LfibViaSet>().swap(viaSetRecord_);
+      std::vector<std::uint32_t>().swap(freeViaSetRecord_);
+   } else {
+      // The default record holds no heap block.
+      viaSetRecord_[slot] = LfibViaSet();
+      freeViaSetRecord_.push_back(slot);
+   }
    notify(&NotifieeConst::onViaSet, key);
 }
 
 void LfibStatus::viaSetDelAll() {
-   Kor::deleteEachKey(viaSet_, [this](const LfibViaSetKey& k) { viaSetDel(k); });
+   Kor::deleteEachKey(viaSetSlot_, [this](const LfibViaSetKey& k) { viaSetDel(k); });
 }
 
 LfibStatus::ViaSetKeysOfVia LfibStatus::viaSetsOfVia(const LfibViaKey& key) const {

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <iterator>
 #include <memory>
+#include <vector>
 
 #include <mplsfwd/kor/AttrOps.h>
 #include <mplsfwd/kor/Collections.h>
@@ -42,10 +43,6 @@ class LfibStatus : public Kor::Entity {
       virtual void onDot1qTagToVlanColl(const LfibDot1qTagToVlanKey&) {}
    };
    using RouteMap = DenseRouteMap<LfibRoute>;
-   // Open addressing: a decap route brings a via set of its own, so this holds a million sets;
-   // only the tracking machine's start walks it, into an ordered backlog, so its order is seen by
-   // no one.
-   using ViaSetMap = Kor::FlatHashMap<LfibViaSetKey, LfibViaSet, LfibTableHash>;
    class RouteKeysOfViaSet;
    using ViaSetKeySet = Kor::HashSet<LfibViaSetKey>;
    class ViaSetKeysOfVia;
@@ -70,11 +67,18 @@ class LfibStatus : public Kor::Entity {
    LfibViaSet viaSet(const LfibViaSetKey& key) const;
    // The stored set without a copy, or null; valid until the via sets change.
    const LfibViaSet* viaSetPtr(const LfibViaSetKey& key) const;
-   bool viaSetHas(const LfibViaSetKey& key) const { return viaSet_.contains(key); }
+   bool viaSetHas(const LfibViaSetKey& key) const { return viaSetSlot_.contains(key); }
    void viaSetIs(const LfibViaSet& viaSet);
    void viaSetDel(const LfibViaSetKey& key);
    void viaSetDelAll();
-   const ViaSetMap& viaSetMap() const { return viaSet_; }
+   std::size_t viaSets() const { return viaSetSlot_.size(); }
+   // Calls `f` with the key of every via set, in no particular order.
+   template <class F>
+   void forEachViaSetKey(F&& f) const {
+      for (const auto& entry : viaSetSlot_) {
+         f(entry.first);
+      }
+   }
    // The via sets that name the via `key` (empty when none). A view: valid until the via sets
    // change.
    ViaSetKeysOfVia viaSetsOfVia(const LfibViaKey& key) const;
@@ -196,7 +200,15 @@ class LfibStatus : public Kor::Entity {
    void unindexViaSet(const LfibViaSet& viaSet);
 
    RouteMap route_;
-   ViaSetMap viaSet_;
+   // The via sets: records in the order they were first written (a deleted set's record is reused
+   // by the next new one) behind a small key-to-record index. A decap route brings a via set of
+   // its own, so a million of them are usual: growing the index moves 16-byte entries, not the
+   // records, and readers that go through the sets in the order they were written (the decap
+   // machine's backlog, by label) read the records in sequence. Nothing walks the index in an
+   // order anyone sees: the tracking machine's start puts its keys on an ordered backlog.
+   std::vector<LfibViaSet> viaSetRecord_;
+   std::vector<std::uint32_t> freeViaSetRecord_;
+   Kor::FlatHashMap<LfibViaSetKey, std::uint32_t, LfibTableHash> viaSetSlot_;
    DenseRouteMap<Link> routeLink_;
    // Looked up only, never walked.
    Kor::FlatHashMap<LfibViaSetKey, Users, LfibTableHash> routesOfViaSet_;

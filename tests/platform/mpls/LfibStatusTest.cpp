@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <map>
 #include <vector>
 
 #include <mplsfwd/kor/Errors.h>
@@ -65,6 +66,34 @@ TEST(LfibStatus, AbsentLookupsYieldDefaultsAndIndicesFollowChanges) {
    EXPECT_EQ(lfib->viaSetsOfVia(vlanViaKey(5)).size(), 1u);
    lfib->viaSetDel(vlanSet(2));
    EXPECT_TRUE(lfib->viaSetsOfVia(vlanViaKey(5)).empty());
+}
+
+TEST(LfibStatus, DeletedViaSetRecordsAreReusedWithoutMixingSets) {
+   auto lfib = Kor::make<LfibStatus>("lfib");
+   auto expectSets = [&](const std::map<std::uint32_t, std::uint32_t>& viaOfSet) {
+      EXPECT_EQ(lfib->viaSets(), viaOfSet.size());
+      for (std::uint32_t i = 1; i <= 5; ++i) {
+         auto it = viaOfSet.find(i);
+         const LfibViaSet* stored = lfib->viaSetPtr(vlanSet(i));
+         ASSERT_EQ(stored != nullptr, it != viaOfSet.end()) << i;
+         EXPECT_EQ(lfib->viaSet(vlanSet(i)),
+                   stored ? setOf(vlanSet(i), {vlanViaKey(it->second)}) : LfibViaSet(vlanSet(i)));
+      }
+   };
+   for (std::uint32_t i : {1, 2, 3}) {
+      lfib->viaSetIs(setOf(vlanSet(i), {vlanViaKey(10 + i)}));
+   }
+   lfib->viaSetDel(vlanSet(2));
+   lfib->viaSetIs(setOf(vlanSet(4), {vlanViaKey(14)}));
+   lfib->viaSetIs(setOf(vlanSet(5), {vlanViaKey(15)}));
+   lfib->viaSetIs(setOf(vlanSet(1), {vlanViaKey(21)}));
+   expectSets({{1, 21}, {3, 13}, {4, 14}, {5, 15}});
+   EXPECT_TRUE(lfib->viaSetsOfVia(vlanViaKey(12)).empty());
+   // Emptied and filled again.
+   lfib->viaSetDelAll();
+   expectSets({});
+   lfib->viaSetIs(setOf(vlanSet(2), {vlanViaKey(12)}));
+   expectSets({{2, 12}});
 }
 
 struct LfibWatch : LfibStatus::NotifieeConst {
