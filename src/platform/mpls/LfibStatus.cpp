@@ -40,8 +40,8 @@ void LfibStatus::lfibRouteDelAll() {
 }
 
 LfibStatus::RouteKeysOfViaSet LfibStatus::routeKeysOfViaSet(const LfibViaSetKey& key) const {
-   auto it = routesOfViaSet_.find(key);
-   return RouteKeysOfViaSet(this, key, it == routesOfViaSet_.end() ? Users() : it->second);
+   auto it = viaSet_.find(key);
+   return RouteKeysOfViaSet(this, key, it == viaSet_.end() ? Users() : it->second.users);
 }
 
 LfibViaSet LfibStatus::viaSet(const LfibViaSetKey& key) const {
@@ -50,14 +50,15 @@ LfibViaSet LfibStatus::viaSet(const LfibViaSetKey& key) const {
 }
 
 const LfibViaSet* LfibStatus::viaSetPtr(const LfibViaSetKey& key) const {
-   auto it = viaSetSlot_.find(key);
-   return it == viaSetSlot_.end() ? nullptr : &viaSetRecord_[it->second];
+   auto it = viaSet_.find(key);
+   return it == viaSet_.end() || it->second.record == kNoRecord ? nullptr
+                                                                : &viaSetRecord_[it->second.record];
 }
 
 void LfibStatus::viaSetIs(const LfibViaSet& viaSet) {
-   auto it = viaSetSlot_.find(viaSet.key());
-   if (it != viaSetSlot_.end()) {
-      LfibViaSet& stored = viaSetRecord_[it->second];
+   auto it = viaSet_.try_emplace(viaSet.key()).first;
+   if (it->second.record != kNoRecord) {
+      LfibViaSet& stored = viaSetRecord_[it->second.record];
       if (stored == viaSet) {
          return;
       }
@@ -73,21 +74,27 @@ void LfibStatus::viaSetIs(const LfibViaSet& viaSet) {
          slot = static_cast<std::uint32_t>(viaSetRecord_.size());
          viaSetRecord_.push_back(viaSet);
       }
-      viaSetSlot_.emplace(viaSet.key(), slot);
+      it.value().record = slot;
+      ++viaSets_;
    }
    indexViaSet(viaSet);
    notify(&NotifieeConst::onViaSet, viaSet.key());
 }
 
 void LfibStatus::viaSetDel(const LfibViaSetKey& key) {
-   auto it = viaSetSlot_.find(key);
-   if (it == viaSetSlot_.end()) {
+   auto it = viaSet_.find(key);
+   if (it == viaSet_.end() || it->second.record == kNoRecord) {
       return;
    }
-   const std::uint32_t slot = it->second;
-   viaSetSlot_.erase(it);
+   const std::uint32_t slot = it->second.record;
+   if (it->second.users.size == 0) {
+      viaSet_.erase(it);
+   } else {
+      it.value().record = kNoRecord;
+   }
+   --viaSets_;
    unindexViaSet(viaSetRecord_[slot]);
-   if (viaSetSlot_.empty()) {
+   if (viaSets_ == 0) {
       // The last set is gone: give the records' memory back.
       std::vector<LfibViaSet>().swap(viaSetRecord_);
       std::vector<std::uint32_t>().swap(freeViaSetRecord_);
@@ -100,7 +107,8 @@ void LfibStatus::viaSetDel(const LfibViaSetKey& key) {
 }
 
 void LfibStatus::viaSetDelAll() {
-   Kor::deleteEachKey(viaSetSlot_, [this](const LfibViaSetKey& k) { viaSetDel(k); });
+   // Keys that only routes name are skipped by viaSetDel.
+   Kor::deleteEachKey(viaSet_, [this](const LfibViaSetKey& k) { viaSetDel(k); });
 }
 
 LfibStatus::ViaSetKeysOfVia LfibStatus::viaSetsOfVia(const LfibViaKey& key) const {
@@ -135,7 +143,7 @@ LfibStatus::Link& LfibStatus::linkAt(std::uint32_t label) {
 }
 
 void LfibStatus::indexRoute(const LfibRoute& route) {
-   Users& users = routesOfViaSet_[route.viaSetKey()];
+   Users& users = viaSet_[route.viaSetKey()].users;
    const std::uint32_t label = Kor::DenseIndex<RouteKey>::index(route.key());
    routeLink_.try_emplace(route.key(), Link{kNoLink, users.head});
    if (users.head != kNoLink) {
@@ -146,23 +154,24 @@ void LfibStatus::indexRoute(const LfibRoute& route) {
 }
 
 void LfibStatus::unindexRoute(const LfibRoute& route) {
-   auto users = routesOfViaSet_.find(route.viaSetKey());
+   auto entry = viaSet_.find(route.viaSetKey());
    auto link = routeLink_.find(route.key());
-   if (users == routesOfViaSet_.end() || link == routeLink_.end()) {
+   if (entry == viaSet_.end() || link == routeLink_.end()) {
       return;
    }
+   Users& users = entry.value().users;
    const Link l = link->second;
    routeLink_.erase(link);
    if (l.prev != kNoLink) {
       linkAt(l.prev).next = l.next;
    } else {
-      Kor::valueOf(users).head = l.next;
+      users.head = l.next;
    }
    if (l.next != kNoLink) {
       linkAt(l.next).prev = l.prev;
    }
-   if (--Kor::valueOf(users).size == 0) {
-      routesOfViaSet_.erase(users);
+   if (--users.size == 0 && entry->second.record == kNoRecord) {
+      viaSet_.erase(entry);
    }
 }
 

@@ -89,10 +89,19 @@ TEST(LfibStatus, DeletedViaSetRecordsAreReusedWithoutMixingSets) {
    lfib->viaSetIs(setOf(vlanSet(1), {vlanViaKey(21)}));
    expectSets({{1, 21}, {3, 13}, {4, 14}, {5, 15}});
    EXPECT_TRUE(lfib->viaSetsOfVia(vlanViaKey(12)).empty());
+   // A set's routes may come before it and stay after it.
+   lfib->lfibRouteIs(LfibRoute(key(16), vlanSet(2)));
+   lfib->lfibRouteIs(LfibRoute(key(17), vlanSet(3)));
+   expectSets({{1, 21}, {3, 13}, {4, 14}, {5, 15}});
    // Emptied and filled again.
    lfib->viaSetDelAll();
    expectSets({});
+   EXPECT_EQ(lfib->routeKeysOfViaSet(vlanSet(3)).size(), 1u);
    lfib->viaSetIs(setOf(vlanSet(2), {vlanViaKey(12)}));
+   expectSets({{2, 12}});
+   EXPECT_EQ(lfib->routeKeysOfViaSet(vlanSet(2)).size(), 1u);
+   lfib->lfibRouteDel(key(16));
+   EXPECT_TRUE(lfib->routeKeysOfViaSet(vlanSet(2)).empty());
    expectSets({{2, 12}});
 }
 
