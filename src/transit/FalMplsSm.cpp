@@ -164,6 +164,9 @@ MplsSm::~MplsSm() {
    initialized_ = false;
    mplsStateDelAll();
    numAllocator_ = nullptr;
+   if (lfibTrackingSm_) {
+      lfibTrackingSm_->viaSetSkipIs({});
+   }
    lfibTrackingSm_ = nullptr;
    lfibTrackingStatus_ = nullptr;
    numAllocatorConfig_ = nullptr;
@@ -246,6 +249,11 @@ void MplsSm::handleInitialized() {
 
    lfibTrackingSm_ = Kor::make<Mpls::LfibTrackingSm>(
        transitLfib_, lfibTrackingStatus_, Mpls::lfibTrackingViaSets_, "MplsSm-TrackingSm");
+   // The backlog is drained as each key arrives (handleLFibViaSet), so a set whose handling would
+   // change nothing need not go through it: at a million decap routes that is a million ordered
+   // insertions and erasures, each with two notifications.
+   lfibTrackingSm_->viaSetSkipIs(
+       [this](const Mpls::LfibViaSetKey& key) { return initialized_ && foreignViaSetUnused(key); });
    initialized_ = true;
    handleLFibViaSet();
    maybeReconcileRouteHelperWithoutState();

@@ -5,6 +5,8 @@
 #include <iosfwd>
 #include <string>
 
+#include <mplsfwd/kor/Hash.h>
+
 #include "LfibTypes.h"
 
 namespace Mpls {
@@ -65,6 +67,22 @@ class LfibViaKey {
 };
 
 std::ostream& operator<<(std::ostream& os, const LfibViaKey& key);
+
+// The hash of the LFIB's own tables of vias and via sets, whose order no one sees: one mix of the
+// key's fields packed into a word, where the keys' hash() mixes three times. Tables that are walked
+// keep hash(), since their order is what traces and numbering follow.
+struct LfibTableHash {
+   static std::size_t mixed(LfibViaType viaType, std::uint32_t index, LfibSource source) {
+      return static_cast<std::size_t>(
+          Kor::mixInt((std::uint64_t(viaType) << 40) | (std::uint64_t(source) << 32) | index));
+   }
+   std::size_t operator()(const LfibViaKey& k) const noexcept {
+      return mixed(k.viaType(), k.index(), k.source());
+   }
+   std::size_t operator()(const LfibViaSetKey& k) const noexcept {
+      return mixed(k.viaType(), k.index(), k.source());
+   }
+};
 
 // The key of a dot1q-tag-to-VLAN collection of the LFIB, which VLAN-aware EVPN vias name.
 class LfibDot1qTagToVlanKey {

@@ -40,28 +40,42 @@ void LfibStatus::lfibRouteDelAll() {
 }
 
 LfibStatus::RouteKeysOfViaSet LfibStatus::routeKeysOfViaSet(const LfibViaSetKey& key) const {
-   auto it = routesOfViaSet_.find(key);
-   return RouteKeysOfViaSet(this, key, it == routesOfViaSet_.end() ? Users() : it->second);
+   auto it = viaSet_.find(key);
+   return RouteKeysOfViaSet(this, key, it == viaSet_.end() ? Users() : it->second.users);
 }
 
 LfibViaSet LfibStatus::viaSet(const LfibViaSetKey& key) const {
-   auto it = viaSet_.find(key);
-   return it == viaSet_.end() ? LfibViaSet(key) : it->second;
+   const LfibViaSet* stored = viaSetPtr(key);
+   return stored ? *stored : LfibViaSet(key);
 }
 
 const LfibViaSet* LfibStatus::viaSetPtr(const LfibViaSetKey& key) const {
    auto it = viaSet_.find(key);
-   return it == viaSet_.end() ? nullptr : &it->second;
+   return it == viaSet_.end() || it->second.record == kNoRecord ? nullptr
+                                                                : &viaSetRecord_[it->second.record];
 }
 
 void LfibStatus::viaSetIs(const LfibViaSet& viaSet) {
-   auto [it, inserted] = viaSet_.try_emplace(viaSet.key(), viaSet);
-   if (!inserted) {
-      if (it->second == viaSet) {
+   auto it = viaSet_.try_emplace(viaSet.key()).first;
+   if (it->second.record != kNoRecord) {
+      LfibViaSet& stored = viaSetRecord_[it->second.record];
+      if (stored == viaSet) {
          return;
       }
-      unindexViaSet(it->second);
-      Kor::valueOf(it) = viaSet;
+      unindexViaSet(stored);
+      stored = viaSet;
+   } else {
+      std::uint32_t slot;
+      if (!freeViaSetRecord_.empty()) {
+         slot = freeViaSetRecord_.back();
+         freeViaSetRecord_.pop_back();
+         viaSetRecord_[slot] = viaSet;
+      } else {
+         slot = static_cast<std::uint32_t>(viaSetRecord_.size());
+         viaSetRecord_.push_back(viaSet);
+      }
+      it.value().record = slot;
+      ++viaSets_;
    }
    indexViaSet(viaSet);
    notify(&NotifieeConst::onViaSet, viaSet.key());
@@ -69,15 +83,31 @@ void LfibStatus::viaSetIs(const LfibViaSet& viaSet) {
 
 void LfibStatus::viaSetDel(const LfibViaSetKey& key) {
    auto it = viaSet_.find(key);
-   if (it == viaSet_.end()) {
+   if (it == viaSet_.end() || it->second.record == kNoRecord) {
       return;
    }
-   unindexViaSet(it->second);
-   viaSet_.erase(it);
+   const std::uint32_t slot = it->second.record;
+   if (it->second.users.size == 0) {
+      viaSet_.erase(it);
+   } else {
+      it.value().record = kNoRecord;
+   }
+   --viaSets_;
+   unindexViaSet(viaSetRecord_[slot]);
+   if (viaSets_ == 0) {
+      // The last set is gone: give the records' memory back.
+      std::vector<LfibViaSet>().swap(viaSetRecord_);
+      std::vector<std::uint32_t>().swap(freeViaSetRecord_);
+   } else {
+      // The default record holds no heap block.
+      viaSetRecord_[slot] = LfibViaSet();
+      freeViaSetRecord_.push_back(slot);
+   }
    notify(&NotifieeConst::onViaSet, key);
 }
 
 void LfibStatus::viaSetDelAll() {
+   // Keys that only routes name are skipped by viaSetDel.
    Kor::deleteEachKey(viaSet_, [this](const LfibViaSetKey& k) { viaSetDel(k); });
 }
 
@@ -113,7 +143,7 @@ LfibStatus::Link& LfibStatus::linkAt(std::uint32_t label) {
 }
 
 void LfibStatus::indexRoute(const LfibRoute& route) {
-   Users& users = routesOfViaSet_[route.viaSetKey()];
+   Users& users = viaSet_[route.viaSetKey()].users;
    const std::uint32_t label = Kor::DenseIndex<RouteKey>::index(route.key());
    routeLink_.try_emplace(route.key(), Link{kNoLink, users.head});
    if (users.head != kNoLink) {
@@ -124,23 +154,24 @@ void LfibStatus::indexRoute(const LfibRoute& route) {
 }
 
 void LfibStatus::unindexRoute(const LfibRoute& route) {
-   auto users = routesOfViaSet_.find(route.viaSetKey());
+   auto entry = viaSet_.find(route.viaSetKey());
    auto link = routeLink_.find(route.key());
-   if (users == routesOfViaSet_.end() || link == routeLink_.end()) {
+   if (entry == viaSet_.end() || link == routeLink_.end()) {
       return;
    }
+   Users& users = entry.value().users;
    const Link l = link->second;
    routeLink_.erase(link);
    if (l.prev != kNoLink) {
       linkAt(l.prev).next = l.next;
    } else {
-      Kor::valueOf(users).head = l.next;
+      users.head = l.next;
    }
    if (l.next != kNoLink) {
       linkAt(l.next).prev = l.prev;
    }
-   if (--Kor::valueOf(users).size == 0) {
-      routesOfViaSet_.erase(users);
+   if (--users.size == 0 && entry->second.record == kNoRecord) {
+      viaSet_.erase(entry);
    }
 }
 

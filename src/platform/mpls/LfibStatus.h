@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <iterator>
 #include <memory>
+#include <vector>
 
 #include <mplsfwd/kor/AttrOps.h>
 #include <mplsfwd/kor/Collections.h>
@@ -42,9 +43,6 @@ class LfibStatus : public Kor::Entity {
       virtual void onDot1qTagToVlanColl(const LfibDot1qTagToVlanKey&) {}
    };
    using RouteMap = DenseRouteMap<LfibRoute>;
-   // Open addressing: a decap route brings a via set of its own, so this holds a million sets;
-   // only the tracking machine's start walks it, into an ordered backlog.
-   using ViaSetMap = Kor::FlatHashMap<LfibViaSetKey, LfibViaSet>;
    class RouteKeysOfViaSet;
    using ViaSetKeySet = Kor::HashSet<LfibViaSetKey>;
    class ViaSetKeysOfVia;
@@ -69,11 +67,20 @@ class LfibStatus : public Kor::Entity {
    LfibViaSet viaSet(const LfibViaSetKey& key) const;
    // The stored set without a copy, or null; valid until the via sets change.
    const LfibViaSet* viaSetPtr(const LfibViaSetKey& key) const;
-   bool viaSetHas(const LfibViaSetKey& key) const { return viaSet_.contains(key); }
+   bool viaSetHas(const LfibViaSetKey& key) const { return viaSetPtr(key) != nullptr; }
    void viaSetIs(const LfibViaSet& viaSet);
    void viaSetDel(const LfibViaSetKey& key);
    void viaSetDelAll();
-   const ViaSetMap& viaSetMap() const { return viaSet_; }
+   std::size_t viaSets() const { return viaSets_; }
+   // Calls `f` with the key of every via set, in no particular order.
+   template <class F>
+   void forEachViaSetKey(F&& f) const {
+      for (const auto& [key, entry] : viaSet_) {
+         if (entry.record != kNoRecord) {
+            f(key);
+         }
+      }
+   }
    // The via sets that name the via `key` (empty when none). A view: valid until the via sets
    // change.
    ViaSetKeysOfVia viaSetsOfVia(const LfibViaKey& key) const;
@@ -148,7 +155,7 @@ class LfibStatus : public Kor::Entity {
    // Open addressing: a decap route brings a via of its own, so these hold a million entries;
    // nothing walks them, so their order does not matter.
    template <class V>
-   using ViaMap = Kor::FlatHashMap<LfibViaKey, V>;
+   using ViaMap = Kor::FlatHashMap<LfibViaKey, V, LfibTableHash>;
    using Handler = void (NotifieeConst::*)(const LfibViaKey&);
 
    template <class V>
@@ -176,9 +183,19 @@ class LfibStatus : public Kor::Entity {
       std::uint32_t prev = kNoLink;
       std::uint32_t next = kNoLink;
    };
+   // Constructors rather than member initializers: the tables below need these complete.
    struct Users {
-      std::uint32_t head = kNoLink;
-      std::uint32_t size = 0;
+      Users() : head(kNoLink), size(0) {}
+      std::uint32_t head;
+      std::uint32_t size;
+   };
+   // One via-set key: the set's record, and the routes that name the set, which may come before
+   // the set is written or stay after it is deleted. The entry lives while either is there.
+   static constexpr std::uint32_t kNoRecord = 0xffffffffu;
+   struct ViaSetEntry {
+      ViaSetEntry() : record(kNoRecord) {}
+      std::uint32_t record;
+      Users users;
    };
    // The via sets naming one via. Nearly every via is named by one set (a decap route's via by
    // its own), which is kept in place; a second one moves them into a hash set, kept until the
@@ -195,10 +212,21 @@ class LfibStatus : public Kor::Entity {
    void unindexViaSet(const LfibViaSet& viaSet);
 
    RouteMap route_;
-   ViaSetMap viaSet_;
+   // The via sets: records in the order they were first written (a deleted set's record is reused
+   // by the next new one) behind a small index by key, which also holds the routes of each set.
+   // A decap route brings a via set of its own, so a million of them are usual: growing the index
+   // moves 24-byte entries, not the records, a route joining its set finds the entry its set's
+   // write has just touched, and readers that go through the sets in the order they were written
+   // (the decap machine's backlog, by label) read the records in sequence. Nothing walks the
+   // index in an order anyone sees: the tracking machine's start puts its keys on an ordered
+   // backlog.
+   std::vector<LfibViaSet> viaSetRecord_;
+   std::vector<std::uint32_t> freeViaSetRecord_;
+   Kor::FlatHashMap<LfibViaSetKey, ViaSetEntry, LfibTableHash> viaSet_;
+   std::size_t viaSets_ = 0;
    DenseRouteMap<Link> routeLink_;
-   Kor::FlatHashMap<LfibViaSetKey, Users> routesOfViaSet_;
-   Kor::FlatHashMap<LfibViaKey, Namers> viaSetsOfVia_;
+   // Looked up only, never walked.
+   Kor::FlatHashMap<LfibViaKey, Namers, LfibTableHash> viaSetsOfVia_;
    ViaMap<LfibMplsVia> mplsVia_;
    ViaMap<LfibExtFecVia> extFecVia_;
    ViaMap<LfibPwVia> pwVia_;

@@ -40,9 +40,8 @@ LfibTrackingSm::LfibTrackingSm(Kor::Ptr<const LfibStatus> lfib, Kor::Ptr<LfibTra
    reactor_->ownerIs(this);
    TRACE8(trackingTrace, traceName_ << ": tracking mode " << unsigned(mode_));
    if (mode_ & lfibTrackingViaSets_) {
-      for (const auto& [key, viaSet] : lfib_->viaSetMap()) {
-         status_->viaSetKeyBacklogIs(key);
-      }
+      lfib_->forEachViaSetKey(
+          [this](const LfibViaSetKey& key) { status_->viaSetKeyBacklogIs(key); });
    }
    if (mode_ & lfibTrackingRoutes_) {
       for (const auto& [key, route] : lfib_->lfibRouteMap()) {
@@ -64,7 +63,7 @@ void LfibTrackingSm::routeChanged(const RouteKey& key) {
 
 void LfibTrackingSm::viaSetChanged(const LfibViaSetKey& key) {
    TRACE9(trackingTrace, traceName_ << ": via set " << key);
-   if (mode_ & lfibTrackingViaSets_) {
+   if ((mode_ & lfibTrackingViaSets_) && !(viaSetSkip_ && viaSetSkip_(key))) {
       status_->viaSetKeyBacklogIs(key);
    }
    if (mode_ & lfibTrackingRoutes_) {

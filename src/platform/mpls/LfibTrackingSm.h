@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -30,6 +31,13 @@ class LfibTrackingSm : public Kor::PtrInterface {
    LfibTrackingMode mode() const { return mode_; }
    const std::string& traceName() const { return traceName_; }
 
+   // Asked, when a via set changes, whether the owner would find nothing to do for it now; a set
+   // it answers true for is not put on the via-set backlog. Only an owner that drains that backlog
+   // as each key arrives may set one: its answer then stands in for the handling it skips. Empty
+   // (the default) puts every changed via set on the backlog.
+   using ViaSetSkip = std::function<bool(const LfibViaSetKey&)>;
+   void viaSetSkipIs(ViaSetSkip skip) { viaSetSkip_ = std::move(skip); }
+
  private:
    class LfibReactor;
    void routeChanged(const RouteKey& key);
@@ -40,6 +48,7 @@ class LfibTrackingSm : public Kor::PtrInterface {
    Kor::Ptr<LfibTrackingStatus> status_;
    LfibTrackingMode mode_;
    std::string traceName_;
+   ViaSetSkip viaSetSkip_;
    std::unique_ptr<LfibReactor> reactor_;
 };
 

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <map>
 #include <vector>
 
 #include <mplsfwd/kor/Errors.h>
@@ -67,6 +68,43 @@ TEST(LfibStatus, AbsentLookupsYieldDefaultsAndIndicesFollowChanges) {
    EXPECT_TRUE(lfib->viaSetsOfVia(vlanViaKey(5)).empty());
 }
 
+TEST(LfibStatus, DeletedViaSetRecordsAreReusedWithoutMixingSets) {
+   auto lfib = Kor::make<LfibStatus>("lfib");
+   auto expectSets = [&](const std::map<std::uint32_t, std::uint32_t>& viaOfSet) {
+      EXPECT_EQ(lfib->viaSets(), viaOfSet.size());
+      for (std::uint32_t i = 1; i <= 5; ++i) {
+         auto it = viaOfSet.find(i);
+         const LfibViaSet* stored = lfib->viaSetPtr(vlanSet(i));
+         ASSERT_EQ(stored != nullptr, it != viaOfSet.end()) << i;
+         EXPECT_EQ(lfib->viaSet(vlanSet(i)),
+                   stored ? setOf(vlanSet(i), {vlanViaKey(it->second)}) : LfibViaSet(vlanSet(i)));
+      }
+   };
+   for (std::uint32_t i : {1, 2, 3}) {
+      lfib->viaSetIs(setOf(vlanSet(i), {vlanViaKey(10 + i)}));
+   }
+   lfib->viaSetDel(vlanSet(2));
+   lfib->viaSetIs(setOf(vlanSet(4), {vlanViaKey(14)}));
+   lfib->viaSetIs(setOf(vlanSet(5), {vlanViaKey(15)}));
+   lfib->viaSetIs(setOf(vlanSet(1), {vlanViaKey(21)}));
+   expectSets({{1, 21}, {3, 13}, {4, 14}, {5, 15}});
+   EXPECT_TRUE(lfib->viaSetsOfVia(vlanViaKey(12)).empty());
+   // A set's routes may come before it and stay after it.
+   lfib->lfibRouteIs(LfibRoute(key(16), vlanSet(2)));
+   lfib->lfibRouteIs(LfibRoute(key(17), vlanSet(3)));
+   expectSets({{1, 21}, {3, 13}, {4, 14}, {5, 15}});
+   // Emptied and filled again.
+   lfib->viaSetDelAll();
+   expectSets({});
+   EXPECT_EQ(lfib->routeKeysOfViaSet(vlanSet(3)).size(), 1u);
+   lfib->viaSetIs(setOf(vlanSet(2), {vlanViaKey(12)}));
+   expectSets({{2, 12}});
+   EXPECT_EQ(lfib->routeKeysOfViaSet(vlanSet(2)).size(), 1u);
+   lfib->lfibRouteDel(key(16));
+   EXPECT_TRUE(lfib->routeKeysOfViaSet(vlanSet(2)).empty());
+   expectSets({{2, 12}});
+}
+
 struct LfibWatch : LfibStatus::NotifieeConst {
    using LfibStatus::NotifieeConst::NotifieeConst;
    void onLfibRoute(const RouteKey&) override { ++routes; }
@@ -132,6 +170,26 @@ TEST_F(Tracking, ViaSetModeBacklogsExistingAndChangedViaSets) {
    // Route changes are not this mode's business.
    lfib->lfibRouteIs(LfibRoute(key(17), vlanSet(1)));
    EXPECT_TRUE(status->routeKeyBacklogSet().empty());
+}
+
+TEST_F(Tracking, ViaSetsTheOwnerSkipsStayOffTheViaSetBacklogButTheirRoutesAreQueued) {
+   lfib->lfibRouteIs(LfibRoute(key(16), vlanSet(1)));
+   auto sm = Kor::make<LfibTrackingSm>(lfib, status, lfibTrackingRoutesAndViaSets_, "t");
+   status->routeKeyBacklogDel(key(16));
+   std::vector<LfibViaSetKey> asked;
+   sm->viaSetSkipIs([&](const LfibViaSetKey& k) {
+      asked.push_back(k);
+      return k == vlanSet(1);
+   });
+   lfib->viaSetIs(setOf(vlanSet(1), {vlanViaKey(5)}));
+   lfib->viaSetIs(setOf(vlanSet(2), {vlanViaKey(5)}));
+   EXPECT_EQ(status->viaSetKeyBacklogSet(), LfibTrackingStatus::ViaSetKeyBacklog{vlanSet(2)});
+   EXPECT_TRUE(status->routeKeyBacklog(key(16)));
+   EXPECT_EQ(asked, (std::vector<LfibViaSetKey>{vlanSet(1), vlanSet(2)}));
+   // Without a skip every changed set is queued again.
+   sm->viaSetSkipIs({});
+   lfib->vlanViaIs(LfibVlanVia(vlanViaKey(5), Bridging::VlanId(10)));
+   EXPECT_EQ(status->viaSetKeyBacklogSet().size(), 2u);
 }
 
 TEST_F(Tracking, RouteModeFollowsViaSetsAndViasDownToRoutes) {
