@@ -101,6 +101,21 @@ void checkIndices(const TransitParts& agent, Vrf* vrf, Report& r) {
    history.alive = std::move(current);
 }
 
+void checkNeighbours(const TransitParts& agent, const Mpls::Hardware::Adjacency& hwAdj, Report& r) {
+   for (const auto& via : hwAdj.viaSet()) {
+      if (via.l3Intf().empty() || !via.resolvedAddr().empty()) {
+         continue;
+      }
+      auto info =
+          agent.sm->falL3Status()->nextHopInfo(Fal::NextHopKey(via.nextHop(), via.l3Intf()));
+      if (info.resolved() && (!(info.macAddr() == via.macAddr()) || info.vlanId() != via.vlanId() ||
+                              info.l2Intf() != via.l2Intf())) {
+         r.fail("hardware adjacency ", hwAdj.index(), " reaches ", via.nextHop(), " on ",
+                via.l3Intf(), " by another neighbour than its entry says");
+      }
+   }
+}
+
 void checkL3Adjacencies(const TransitParts& agent, Vrf& vrf, bool idle, Report& r) {
    auto& hw = *agent.hwMplsStatus;
    for (const auto& [index, l3] : vrf.l3AdjacencyMap()) {
@@ -123,6 +138,11 @@ void checkL3Adjacencies(const TransitParts& agent, Vrf& vrf, bool idle, Report& 
          }
          if (hwAdj && hwAdj->l2Adjacency() != hw.l2Adjacency(l2->index())) {
             r.fail("hardware adjacency ", index, " does not name l2 adj ", l2->index());
+         }
+         // Once reviewed, a via resolved on its interface carries its neighbour as it is now,
+         // however the review came to it (resolving every via or patching the moved ones).
+         if (hwAdj && idle) {
+            checkNeighbours(agent, *hwAdj, r);
          }
       } else if (hwAdj && hwAdj->l2Adjacency()) {
          r.fail("hardware adjacency ", index, " still names l2 adj ", hwAdj->l2Adjacency()->index(),

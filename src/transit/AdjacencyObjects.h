@@ -1,5 +1,7 @@
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 
 #include <mplsfwd/Fal/FecRecords.h>
@@ -92,6 +94,37 @@ class L3Adjacency : public Kor::PtrInterface {
    const L3AdjacencyPtr& backupAdj() const { return backupAdj_; }
    void backupAdjIs(L3AdjacencyPtr v) { backupAdj_ = std::move(v); }
 
+   // Set by a full review that programmed the adjacency through an L2 adjacency with every via
+   // resolved by the next-hop monitor, cleared as the next full review starts or the via set
+   // changes: until then the hardware adjacency's vias are what the via set resolves to, and a
+   // neighbour's move can be patched into them.
+   bool neighbourPatchable() const { return neighbourPatchable_; }
+   void neighbourPatchableIs(bool v) { neighbourPatchable_ = v; }
+   // Set while the adjacency waits for a review that only neighbour changes asked for (the VRF
+   // state sets and clears it with its review set).
+   bool neighbourOnlyReview() const { return neighbourOnlyReview_; }
+   void neighbourOnlyReviewIs(bool v) { neighbourOnlyReview_ = v; }
+   // The next hops whose neighbour entries changed meanwhile. A few are kept; more, and
+   // movedNextHopsKnown() turns false.
+   static constexpr std::size_t kMovedNextHopsKept = 2;
+   void movedNextHopsClear() { movedNextHops_ = 0; }
+   void movedNextHopIs(const IpAddrIntfId& nh) {
+      for (std::size_t i = 0; i < movedNextHops_ && i < kMovedNextHopsKept; ++i) {
+         if (movedNextHop_[i] == nh) {
+            return;
+         }
+      }
+      if (movedNextHops_ < kMovedNextHopsKept) {
+         movedNextHop_[movedNextHops_] = nh;
+      }
+      if (movedNextHops_ <= kMovedNextHopsKept) {
+         ++movedNextHops_;
+      }
+   }
+   bool movedNextHopsKnown() const { return movedNextHops_ <= kMovedNextHopsKept; }
+   std::size_t movedNextHops() const { return movedNextHops_; }
+   const IpAddrIntfId& movedNextHop(std::size_t i) const { return movedNextHop_[i]; }
+
    // Whether the via set passed the sanity check in review pass `pass` (0: not checked). The LFIB
    // does not change during a pass, so the routes of one via set need the check once per pass.
    bool viaSetSaneInPass(std::uint64_t pass, bool& sane) const {
@@ -118,6 +151,10 @@ class L3Adjacency : public Kor::PtrInterface {
    L3AdjacencyPtr backupAdj_;
    std::uint64_t saneCheckPass_ = 0;
    bool viaSetSane_ = false;
+   bool neighbourPatchable_ = false;
+   bool neighbourOnlyReview_ = false;
+   std::uint8_t movedNextHops_ = 0;
+   std::array<IpAddrIntfId, kMovedNextHopsKept> movedNextHop_;
 };
 
 // One per distinct resolved layer-2 via set in a VRF: the unit programmed to hardware. L3

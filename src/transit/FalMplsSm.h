@@ -198,6 +198,11 @@ class MplsSm : public Kor::Entity {
    void handleLFibViaSetHelper(const Mpls::LfibViaSetKey& key, bool delFromBacklog);
    L3AdjacencyPtr newL3Adjacency(VrfMplsState& vrf);
    void processL3Adj(VrfMplsState& vrf, std::uint64_t index);
+   // The review of an adjacency that only neighbour changes queued, when what they changed can be
+   // patched into its hardware adjacency and its L2 adjacency as the full review would rewrite
+   // them (FalMplsSmNeighbourPatch.cpp); false, with nothing changed, when the full review must
+   // run.
+   bool patchMovedNeighbours(VrfMplsState& vrf, const L3AdjacencyPtr& l3Adj);
    // The review of one L3 adjacency in two steps: what to do, read from the state without
    // changing it (each rule traced where it fires), then doing it; true when programmed.
    L3AdjPlan classifyL3Adj(const VrfMplsState& vrf, const L3Adjacency& l3Adj) const;
@@ -223,6 +228,8 @@ class MplsSm : public Kor::Entity {
    static bool hasDynamicTunnelAdj(const CachedLFibMplsViaColl& lFibVias);
    bool shouldProcessAdjAsExtFec(const Mpls::LfibViaSetKey& key,
                                  const CachedLFibMplsViaColl& lFibVias) const;
+   // Whether regular via sets of the key's source go the FEC way where FECs are forwarded into.
+   static bool fecForwardedSource(const Mpls::LfibViaSetKey& key);
    Mpls::LfibExtFecVia getAndValidateExtFecVia(const VrfMplsState& vrf,
                                                const Mpls::LfibViaSetKey& key) const;
    MplsL2AdjacencyPtr processMplsIpL3Adj(VrfMplsState& vrf, const L3AdjacencyPtr& l3Adj,
@@ -377,6 +384,8 @@ class MplsSm : public Kor::Entity {
    double reviewEndTime_ = 0.0;
    std::uint64_t adjacencyIndex_ = 0;
    Kor::HashMap<Mpls::Hardware::L2ViaSet, Kor::Ptr<Mpls::Hardware::L2Adjacency>> viaSetToHwL2Adj_;
+   // The L2 via set that patchMovedNeighbours builds, kept so that its storage is reused.
+   Mpls::Hardware::L2ViaSet patchedL2ViaSet_;
    Kor::HashMap<L3::VrfName, Kor::Ptr<VrfMplsState>> mplsState_;
    Kor::Ptr<Loom::NumAllocatorConfig> numAllocatorConfig_;
    Kor::Ptr<Loom::NumAllocatorStatus> numAllocatorStatus_;

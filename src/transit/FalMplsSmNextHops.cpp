@@ -203,10 +203,12 @@ MplsL2AdjacencyPtr MplsSm::processMplsIpL3Adj(VrfMplsState& vrf, const L3Adjacen
    Mpls::Hardware::L2ViaSet l2ViaSet;
    l2ViaSet.reserve(vias.vias());
    bool allResolved = true;
+   bool allByMonitor = true;
    for (const auto& [position, via] : vias.viaMap()) {
       if (!resolveNextHop(vrf, l3Adj, via, vias.vias(), l2ViaSet, *hwAdj)) {
          allResolved = false;
       }
+      allByMonitor = allByMonitor && !(via.intf() == Wire::IntfId());
    }
    const auto& first = vias.viaMap().begin()->second;
    l3Adj->labelActionIs(first.labelAction());
@@ -246,6 +248,7 @@ MplsL2AdjacencyPtr MplsSm::processMplsIpL3Adj(VrfMplsState& vrf, const L3Adjacen
    }
    l3Adj->hwL2AdjacencyIs(routingHwMplsStatus_->l2Adjacency(l2Adj->index()));
    hwAdj->l2AdjacencyIs(l3Adj->hwL2Adjacency());
+   l3Adj->neighbourPatchableIs(allByMonitor);
    return l2Adj;
 }
 
@@ -431,24 +434,34 @@ void MplsSm::handleNextHop(const NextHopKey& key) {
       return;
    }
    bool any = false;
-   auto reviewUsers = [&](const IpAddrIntfId& nh) {
+   auto reviewUsers = [&](const IpAddrIntfId& nh, bool movedHere) {
       Kor::Ptr<MplsNextHop> nextHop = vrf->mplsNextHop(nh);
       if (!nextHop) {
          return;
       }
-      for (const auto* set : {&nextHop->resolvedByMNHSet(), &nextHop->resolvedByRRSet()}) {
-         for (const auto& l3Adj : *set) {
-            SM_TRACE(5, "add l3 adj " << l3Adj->index() << " for review");
+      // The adjacencies that resolve this very entry through the monitor learn which next hop
+      // moved, so that their review can patch it in (FalMplsSmNeighbourPatch.cpp).
+      for (const auto& l3Adj : nextHop->resolvedByMNHSet()) {
+         SM_TRACE(5, "add l3 adj " << l3Adj->index() << " for review");
+         if (movedHere) {
+            vrf->l3AdjForNeighbourReviewIs(*l3Adj, nh);
+         } else {
             vrf->l3AdjForReviewIs(l3Adj->index(), true);
-            any = true;
          }
+         any = true;
+      }
+      for (const auto& l3Adj : nextHop->resolvedByRRSet()) {
+         SM_TRACE(5, "add l3 adj " << l3Adj->index() << " for review");
+         vrf->l3AdjForReviewIs(l3Adj->index(), true);
+         any = true;
       }
    };
-   reviewUsers(IpAddrIntfId(key.nextHop(), key.l3Intf()));
+   const IpAddrIntfId moved(key.nextHop(), key.l3Intf());
+   reviewUsers(moved, true);
    auto gatewayUsers = rrGatewayUsers_.find(key);
    if (gatewayUsers != rrGatewayUsers_.end()) {
       for (const auto& nh : gatewayUsers->second) {
-         reviewUsers(nh);
+         reviewUsers(nh, false);
       }
    }
    if (any) {

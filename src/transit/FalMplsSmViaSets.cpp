@@ -96,6 +96,13 @@ void MplsSm::handleLFibViaSetHelper(const Mpls::LfibViaSetKey& key, bool delFrom
    if (delFromBacklog) {
       lfibTrackingStatus_->viaSetKeyBacklogDel(key);
    }
+   // Whether or not the change is taken up below, the adjacency's vias are no longer known to be
+   // what its hardware adjacency holds: a neighbour's move must not be patched into them.
+   if (defaultState_ && key.viaType() == Mpls::viaTypeMplsIp_) {
+      if (L3AdjacencyPtr l3Adj = defaultState_->l3AdjacencyOfViaSet(key)) {
+         l3Adj->neighbourPatchableIs(false);
+      }
+   }
    if (foreignViaSetUnused(key)) {
       return;
    }
@@ -181,6 +188,10 @@ void MplsSm::processL3Adj(VrfMplsState& vrf, std::uint64_t index) {
    if (!l3Adj) {
       return;
    }
+   if (vrf.l3AdjNeighbourReviewTake(*l3Adj) && patchMovedNeighbours(vrf, l3Adj)) {
+      return;
+   }
+   l3Adj->neighbourPatchableIs(false);
    const Mpls::LfibViaSetKey key = l3Adj->lFibViaSetKey();
    // An adjacency that no route and no primary uses any more has done its job.
    if (l3Adj->routeKeys() == 0 && l3Adj->primaryAdjs() == 0) {
@@ -567,13 +578,16 @@ bool MplsSm::shouldProcessAdjAsExtFec(const Mpls::LfibViaSetKey& key,
       return false;
    }
    L3AdjLFibAdjType type = findL3AdjLFibAdjType(&vias);
-   if (type == adjTypeDynamicTunnel_ || type == adjTypeNexthopGroup_ ||
-       static_cast<unsigned>(key.source()) == kFecForwardedViaSetSource) {
+   if (type == adjTypeDynamicTunnel_ || type == adjTypeNexthopGroup_ || fecForwardedSource(key)) {
       SM_TRACE(1, "Process as ext fec");
       return true;
    }
    SM_TRACE(1, "Process with MplsHwConfig");
    return false;
+}
+
+bool MplsSm::fecForwardedSource(const Mpls::LfibViaSetKey& key) {
+   return static_cast<unsigned>(key.source()) == kFecForwardedViaSetSource;
 }
 
 Mpls::LfibExtFecVia MplsSm::getAndValidateExtFecVia(const VrfMplsState&,

@@ -122,7 +122,33 @@ class VrfMplsState : public Kor::Entity {
       return l3AdjForReview_.contains(i) || l3AdjInReview_.contains(i);
    }
    Set<std::uint64_t>& l3AdjInReviewBatch() { return l3AdjInReview_; }
-   void l3AdjForReviewIs(std::uint64_t i, bool in) { setIs(l3AdjForReview_, i, in); }
+   // Queued for any reason but a neighbour's change (or taken off): the full review.
+   void l3AdjForReviewIs(std::uint64_t i, bool in) {
+      setIs(l3AdjForReview_, i, in);
+      if (neighbourOnlyReviews_ != 0) {
+         if (L3AdjacencyPtr adj = l3Adjacency(i)) {
+            neighbourOnlyReviewDel(*adj);
+         }
+      }
+   }
+   // Queued because the neighbour entry of `moved`, a next hop that the adjacency resolves
+   // through the monitor, changed. Until something else queues the adjacency, its review may
+   // patch the next hops that moved instead of resolving every via again.
+   void l3AdjForNeighbourReviewIs(L3Adjacency& adj, const IpAddrIntfId& moved) {
+      if (!l3AdjForReview(adj.index())) {
+         l3AdjForReview_.insert(adj.index());
+         if (!adj.neighbourOnlyReview()) {
+            adj.neighbourOnlyReviewIs(true);
+            ++neighbourOnlyReviews_;
+         }
+         adj.movedNextHopsClear();
+      }
+      if (adj.neighbourOnlyReview()) {
+         adj.movedNextHopIs(moved);
+      }
+   }
+   // Whether the review that starts was asked for by neighbour changes only; it answers once.
+   bool l3AdjNeighbourReviewTake(L3Adjacency& adj) { return neighbourOnlyReviewDel(adj); }
    Set<std::uint64_t>& l3AdjForReviewSet() { return l3AdjForReview_; }
    const Set<std::uint64_t>& l3AdjForReviewSet() const { return l3AdjForReview_; }
 
@@ -233,6 +259,15 @@ class VrfMplsState : public Kor::Entity {
       }
    }
 
+   bool neighbourOnlyReviewDel(L3Adjacency& adj) {
+      if (!adj.neighbourOnlyReview()) {
+         return false;
+      }
+      adj.neighbourOnlyReviewIs(false);
+      --neighbourOnlyReviews_;
+      return true;
+   }
+
    template <class S, class K>
    static void setIs(S& set, const K& k, bool in) {
       if (in) {
@@ -255,6 +290,8 @@ class VrfMplsState : public Kor::Entity {
    RouteKeyQueue forReview_;
    Set<std::uint64_t> l3AdjForReview_;
    Set<std::uint64_t> l3AdjInReview_;
+   // How many adjacencies wait for a review that only neighbour changes asked for.
+   std::size_t neighbourOnlyReviews_ = 0;
    Set<std::uint64_t> l2AdjForReview_;
    Set<std::uint64_t> l2AdjPendingForDelete_;
    std::uint64_t numUnprogrammedRoute_ = 0;

@@ -32,6 +32,9 @@ class Adjacency : public AdjacencyBase {
    void viaIs(const Via& via, bool present);
    bool via(const Via& via) const;
    void viaDelAll() { via_.clear(); }
+   // Rewrites the via at `position` (of viaSet()) with one that keeps its place in the order:
+   // the same via with another layer-2 part, say, as the fields before it tell vias apart.
+   void viaAtIs(std::size_t position, const Via& via) { via_[position] = via; }
    std::size_t vias() const { return via_.size(); }
    const Vias& viaSet() const { return via_; }
 
