@@ -3,21 +3,13 @@
 #include <sstream>
 
 #include "Agent.h"
+#include "ViolationReport.h"
 
 namespace sim {
 
 namespace {
 
-class Report {
- public:
-   template <class... A>
-   void fail(const A&... parts) {
-      std::ostringstream os;
-      (os << ... << parts);
-      lines.push_back(os.str());
-   }
-   std::vector<std::string> lines;
-};
+using Report = ViolationReport;
 
 using Vrf = Fal::VrfMplsState;
 using Kind = AdjacencyIndexHistory::Kind;
